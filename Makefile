@@ -1,0 +1,41 @@
+# The two commands of the README's Quick start, and a few more for developers.
+#   make demo    install what is missing, build, install into ./dist, run the demo
+#   make test    install what is missing, build and run the whole test suite
+#   make bench   the benchmarks against their peers
+JOBS ?= $(shell nproc)
+DIST ?= $(CURDIR)/dist
+
+.PHONY: demo test bench asan tsan fuzz clean
+
+demo:
+	tools/dev/install-deps.sh build
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	cmake --install build/release --prefix $(DIST)
+	$(DIST)/bin/qibosl demo examples/installation
+
+test:
+	tools/dev/install-deps.sh build test
+	cmake --preset ci
+	cmake --build --preset ci -j $(JOBS)
+	ctest --preset ci -j $(JOBS)
+
+bench:
+	tools/dev/install-deps.sh build bench
+	cmake --preset bench
+	cmake --build --preset bench -j $(JOBS)
+	tools/dev/run-benchmarks.sh build/bench
+
+asan tsan:
+	tools/dev/install-deps.sh build test
+	cmake --preset $@
+	cmake --build --preset $@ -j $(JOBS)
+	ctest --preset $@ -j $(JOBS)
+
+fuzz:
+	tools/dev/install-deps.sh build fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+
+clean:
+	rm -rf build dist

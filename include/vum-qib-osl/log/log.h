@@ -1,0 +1,85 @@
+// The process-wide logger: its channels, their summaries and the serialised output.
+#pragma once
+
+#include <vum-qib-osl/log/channel.h>
+#include <vum-qib-osl/log/log_msg.h>
+#include <vum-qib-osl/osl_api.h>
+
+#include <list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// The logger. Messages reach it through CLogMsg; it filters them by the lowest level and the
+/// categories of all its channels, then hands each to every channel under one lock, so lines
+/// from different threads never interleave. Until it is configured it has no channels and every
+/// message is dropped. Configure it during start-up: configuration is not serialised against
+/// logging.
+class OSL_API CLog {
+public:
+    /// The singleton, created on first call. The first call must come before other threads log.
+    static CLog* Instance();
+
+    CLog();
+    virtual ~CLog();
+    CLog(const CLog&) = delete;
+    CLog& operator=(const CLog&) = delete;
+
+    /// No function or file channel, lowest severity 6, no categories.
+    void Init();
+
+    /// The padded name is the name followed by ten blanks, cut to ten characters.
+    void SetProcessName(const std::string& name);
+    /// Always exactly ten characters.
+    const std::string& GetProcessName() const { return paddedProcessName_; }
+
+    /// Creates the function channel on first call (appended to the channels), then sets its
+    /// function, level and category. With fromIni and a configured logger group, the level and
+    /// category come from its "screen-level" and "screen-category" keys.
+    void SetFunctionChannel(void (*fn)(const char*), LogSeverity sev, std::string category, bool fromIni);
+    void SetFunctionChannel(void (*fn)(const char*), LogSeverity sev, bool fromIni);
+    CChannel* GetFunctionChannel() { return functionChannel_; }
+
+    /// A process-wide switch for callers; the library never reads it.
+    void SetLoggingGate(bool gate) { loggingGate_ = gate; }
+    bool GetLoggingGate() { return loggingGate_; }
+
+    /// Whether some channel's level is at most sev.
+    bool HasSeverity(LogSeverity sev) const { return sev >= lowestSeverity_; }
+    /// Whether some channel takes this (non-empty) category.
+    bool HasCategory(const std::string& category) const;
+    /// The logger-level pre-filter; each channel applies its own test afterwards.
+    bool IsEnable(const CLogMsg& msg) const;
+
+    /// Hands the message to every channel in order, under the logger's lock. A channel's failure
+    /// is dropped and the next channel still runs.
+    void Log(CLogMsg& msg);
+
+    /// Writes the text and a line end to std::clog: the screen channel's function.
+    static void Log2clog(const char* text);
+
+    /// Adds a channel (the logger owns it from now on) and recomputes the summaries.
+    void AddChannel(CChannel* channel);
+    /// Deletes every channel.
+    void DeleteChannels();
+    /// Recomputes the lowest severity and the categories from the channels.
+    void InitOptimisationVariable();
+
+private:
+    friend class CLogMsg;
+    static CLog* instance_;
+
+    std::list<CChannel*> channels_;
+    CChannel* functionChannel_ = nullptr;
+    CChannel* fileChannel_ = nullptr;
+    std::string iniFile_;
+    std::string paddedProcessName_;
+    std::string processName_;
+    std::string group_;
+    bool loggingGate_ = false;
+    std::recursive_mutex lock_;  // guards channel output; re-entrant for a function channel that logs
+    LogSeverity lowestSeverity_ = static_cast<LogSeverity>(6);
+    std::vector<std::string> categories_;
+    bool anyCategory_ = false;
+    bool allCategories_ = false;
+};

@@ -1,0 +1,12 @@
+// Every public header of the library.
+#pragma once
+
+#include <vum-qib-osl/osl_api.h>
+
+#include <vum-qib-osl/misc/osl_init.h>
+#include <vum-qib-osl/misc/qib_error.h>
+#include <vum-qib-osl/misc/versions.h>
+
+#include <vum-qib-osl/log/channel.h>
+#include <vum-qib-osl/log/log.h>
+#include <vum-qib-osl/log/log_msg.h>

@@ -1,0 +1,269 @@
+// log/src/log_msg.cpp
+// CLogMsg: building the header and the line, and handing the message to the logger.
+#include <vum-qib-osl/log/log_msg.h>
+
+#include <vum-qib-osl/log/log.h>
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+#include "platform/clock.h"
+#include "platform/process.h"
+
+namespace osl::detail {
+std::atomic<int> logGate{INT_MAX};
+}  // namespace osl::detail
+
+LogSeverity StringToSev(const std::string& name) {
+    if (name == "info") return SevInfo;
+    if (name == "warning") return SevWarning;
+    if (name == "error") return SevError;
+    if (name == "fatal") return SevFatal;
+    if (name == "system") return SevSystem;
+    return SevNone;
+}
+
+namespace {
+
+const char* severityTag(LogSeverity sev) {
+    switch (sev) {
+        case SevInfo: return "-INFO  ";
+        case SevWarning: return "-WARN  ";
+        case SevError: return "-ERROR ";
+        case SevFatal: return "-FATAL ";
+        case SevSystem: return "-SYS   ";
+        default: return "-------";
+    }
+}
+
+}  // namespace
+
+CLogMsg::CLogMsg(const char* at, const char* category, LogSeverity sev)
+    : CLogMsg(&CLog::instance_, at, category, sev) {}
+
+CLogMsg::CLogMsg(CLog** log, const char* at, const char* category, LogSeverity sev) {
+    Reset(category, sev, at, log);
+}
+
+CLogMsg::~CLogMsg() = default;
+
+CLogMsg& CLogMsg::operator=(const CLogMsg& other) {
+    if (this != &other) {
+        defaultCategory_ = other.defaultCategory_;
+        category_ = other.category_;
+        defaultSeverity_ = other.defaultSeverity_;
+        severity_ = other.severity_;
+        defaultAt_ = other.defaultAt_;
+        at_ = other.at_;
+        log_ = other.log_;
+    }
+    return *this;
+}
+
+void CLogMsg::Reset(const char* category, LogSeverity sev, const char* at, CLog** log) {
+    if (category) category_ = defaultCategory_ = category;
+    if (at) at_ = defaultAt_ = at;
+    severity_ = defaultSeverity_ = sev;
+    log_ = log;
+}
+
+CLogMsg& CLogMsg::Sev(LogSeverity sev) {
+    severity_ = sev;
+    return *this;
+}
+
+CLogMsg& CLogMsg::Category(const char* category) {
+    category_ = category ? category : "";
+    return *this;
+}
+
+CLogMsg& CLogMsg::At(const char* at) {
+    at_ = at ? at : "";
+    return *this;
+}
+
+CLogMsg& CLogMsg::operator<<(const char* text) {
+    if (text) static_cast<std::ostream&>(*this) << text;
+    return *this;
+}
+
+CLogMsg& CLogMsg::operator<<(const std::string& text) {
+    static_cast<std::ostream&>(*this) << text;
+    return *this;
+}
+
+CLogMsg& CLogMsg::operator<<(const std::ostringstream& stream) {
+    static_cast<std::ostream&>(*this) << stream.str();
+    return *this;
+}
+
+CLogMsg& CLogMsg::operator<<(const QIBError& error) {
+    static_cast<std::ostream&>(*this) << error;
+    return *this;
+}
+
+#define OSL_INSERT(type)                                  \
+    CLogMsg& CLogMsg::operator<<(type value) {            \
+        static_cast<std::ostream&>(*this) << value;       \
+        return *this;                                     \
+    }
+OSL_INSERT(char)
+OSL_INSERT(short)
+OSL_INSERT(unsigned short)
+OSL_INSERT(int)
+OSL_INSERT(unsigned int)
+OSL_INSERT(long)
+OSL_INSERT(unsigned long)
+OSL_INSERT(long long)
+OSL_INSERT(unsigned long long)
+OSL_INSERT(float)
+OSL_INSERT(double)
+OSL_INSERT(const void*)
+#undef OSL_INSERT
+
+CLogMsg& CLogMsg::operator<<(std::ostream& (*manipulator)(std::ostream&)) {
+    manipulator(*this);
+    return *this;
+}
+
+CLogMsg& CLogMsg::operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
+    manipulator(*this);
+    return *this;
+}
+
+bool CLogMsg::IsEnable() const {
+    if (log_ == nullptr || *log_ == nullptr) return false;
+    return (*log_)->IsEnable(*this);
+}
+
+bool CLogMsg::HasSeverity(LogSeverity sev) {
+    CLog* log = CLog::instance_;
+    return log != nullptr && log->HasSeverity(sev);
+}
+
+bool CLogMsg::HasCategory(const std::string& category) {
+    CLog* log = CLog::instance_;
+    return log != nullptr && log->HasCategory(category);
+}
+
+void CLogMsg::WriteHeader() {
+    const osl::platform::LocalTime t = osl::platform::localNow();
+    char header[256];
+    // Blanks at 2..11 receive the process name in Flush.
+    int n = std::snprintf(header, sizeof header, "A           %5d/%5ld %5s %02d-%02d-%04d %02d:%02d:%02d %s",
+                          osl::platform::currentProcessId(), osl::platform::currentThreadId(),
+                          category_.c_str(), t.month, t.day, t.year, t.hour, t.minute, t.second,
+                          severityTag(severity_));
+    if (n < 0) n = 0;
+    if (n >= static_cast<int>(sizeof header)) {
+        // A category longer than the buffer allows: build the same layout without the limit.
+        line_ = std::string(header, 12);
+        char ids[32];
+        std::snprintf(ids, sizeof ids, "%5d/%5ld ", osl::platform::currentProcessId(),
+                      osl::platform::currentThreadId());
+        line_ += ids;
+        line_ += category_;
+        char date[64];
+        std::snprintf(date, sizeof date, " %02d-%02d-%04d %02d:%02d:%02d %s", t.month, t.day, t.year,
+                      t.hour, t.minute, t.second, severityTag(severity_));
+        line_ += date;
+    } else {
+        line_.assign(header, static_cast<std::size_t>(n));
+    }
+    line_ += at_;
+    line_ += " : ";
+}
+
+void CLogMsg::AppendBody() {
+    // The body ends at the write position: Clear only rewinds, so the buffer may still hold the
+    // tail of a longer earlier message. Like the terminating NUL it stands for, an embedded NUL
+    // also ends the body.
+    const std::streampos written = tellp();
+    std::string_view contents = rdbuf()->view();
+    std::size_t length = written > 0 ? static_cast<std::size_t>(written) : 0;
+    if (length > contents.size()) length = contents.size();
+    contents = contents.substr(0, length);
+    std::size_t nul = contents.find('\0');
+    if (nul != std::string_view::npos) contents = contents.substr(0, nul);
+    line_.append(contents.data(), contents.size());
+}
+
+void CLogMsg::Flush() {
+    if (log_ == nullptr || *log_ == nullptr) return;
+    if (line_.size() > 1) line_.replace(2, 10, (*log_)->GetProcessName());
+    (*log_)->Log(*this);
+}
+
+void CLogMsg::Clear() {
+    category_ = defaultCategory_;
+    severity_ = defaultSeverity_;
+    at_ = defaultAt_;
+    clear();
+    seekp(0);
+}
+
+void CLogMsg::Log(const char* text) {
+    if (IsEnable()) {
+        WriteHeader();
+        if (text) {
+            line_ += text;
+        } else {
+            AppendBody();
+        }
+        Flush();
+    }
+    Clear();
+}
+
+void CLogMsg::Log(const std::string& text) {
+    if (!IsEnable()) return;  // deliberate: a disabled message keeps its attributes
+    WriteHeader();
+    line_ += text;
+    Flush();
+    Clear();
+}
+
+void CLogMsg::Log(std::ostringstream& stream) {
+    if (IsEnable()) {
+        WriteHeader();
+        line_ += stream.str();
+        Flush();
+    }
+    Clear();
+}
+
+void CLogMsg::Log(LogSeverity sev, const char* category, const char* at, const char* text) {
+    if (category) category_ = category;
+    if (sev != 0) severity_ = sev;
+    if (at) at_ = at;
+    Log(text);
+}
+
+void CLogMsg::Log(LogSeverity sev, const char* category, const char* at, const std::string& text) {
+    if (category) category_ = category;
+    if (sev != 0) severity_ = sev;
+    if (at) at_ = at;
+    Log(text);
+}
+
+CLogMsg& flush(CLogMsg& msg) {
+    msg.Log(static_cast<const char*>(nullptr));
+    return msg;
+}
+
+void OslLogPrint(LogSeverity sev, const char* category, const char* at, const char* text) {
+    CLogMsg msg(nullptr, nullptr, SevInfo);
+    msg.Log(sev, category, at, text);
+}
+
+void OslLogPrint(LogSeverity sev, const char* category, const char* at, const std::string& text) {
+    CLogMsg msg(nullptr, nullptr, SevInfo);
+    msg.Log(sev, category, at, text);
+}
+
+void LogToCout(const char* text) {
+    if (text) std::cout << text;
+}

@@ -1,0 +1,233 @@
+// log/tests/log_msg_test.cpp
+#include <vum-qib-osl/log/log_msg.h>
+
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <thread>
+
+#include "log/tests/log_test_support.h"
+#include "platform/process.h"
+#include "tests/support/fake_clock.h"
+
+namespace {
+
+using osl::test::LoggerTest;
+
+class LogMsgTest : public LoggerTest {
+protected:
+    void SetUp() override {
+        LoggerTest::SetUp();
+        log_->SetFunctionChannel(osl::test::captureLine, SevInfo, "*", false);
+    }
+    // The header of every line up to the thread id, which depends on the calling thread.
+    static std::string body(const std::string& line) { return line.substr(line.find(" : ") + 3); }
+
+    osl::test::ScopedTimeZone utc_{"UTC"};
+    osl::test::FakeClock clock_{2024, 3, 5, 14, 7, 9};
+};
+
+TEST_F(LogMsgTest, HeaderLayoutMatchesTheProductFormat) {
+    log_->SetProcessName("srv");
+    CLogMsg msg("Open", "db", SevError);
+    msg << "done" << flush;
+    ASSERT_EQ(lines().size(), 1u);
+    char expected[256];
+    std::snprintf(expected, sizeof expected, "A srv       %5d/%5ld    db 03-05-2024 14:07:09 -ERROR Open : done",
+                  osl::platform::currentProcessId(), osl::platform::currentThreadId());
+    EXPECT_EQ(lines()[0], expected);
+    EXPECT_EQ(std::string(msg.c_str()), expected);
+    EXPECT_EQ(msg.size(), std::string(expected).size());
+}
+
+TEST_F(LogMsgTest, ProcessNameIsPaddedOrCutToTen) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"abc", "abc       "}, {"fourteen-chars", "fourteen-c"}, {"", "          "}, {"exactly-10", "exactly-10"}};
+    for (const auto& [name, shown] : cases) {
+        SCOPED_TRACE(name);
+        log_->SetProcessName(name);
+        EXPECT_EQ(log_->GetProcessName(), shown);
+        lines().clear();
+        CLogMsg("at") << "x" << flush;
+        ASSERT_EQ(lines().size(), 1u);
+        EXPECT_EQ(lines()[0].substr(0, 12), "A " + shown);
+    }
+}
+
+TEST_F(LogMsgTest, SeverityTagsAndNames) {
+    const std::pair<LogSeverity, std::string> tags[] = {
+        {SevInfo, "-INFO  "}, {SevWarning, "-WARN  "}, {SevError, "-ERROR "},
+        {SevFatal, "-FATAL "}, {SevSystem, "-SYS   "}, {static_cast<LogSeverity>(6), "-------"},
+        {SevNone, "-------"}};
+    for (const auto& [sev, tag] : tags) {
+        SCOPED_TRACE(tag);
+        lines().clear();
+        CLogMsg("at", "", sev) << "b" << flush;
+        ASSERT_EQ(lines().size(), 1u);
+        EXPECT_NE(lines()[0].find(" 14:07:09 " + tag + "at : b"), std::string::npos) << lines()[0];
+    }
+    EXPECT_EQ(StringToSev("info"), SevInfo);
+    EXPECT_EQ(StringToSev("warning"), SevWarning);
+    EXPECT_EQ(StringToSev("error"), SevError);
+    EXPECT_EQ(StringToSev("fatal"), SevFatal);
+    EXPECT_EQ(StringToSev("system"), SevSystem);
+    EXPECT_EQ(StringToSev("Info"), SevNone);
+    EXPECT_EQ(StringToSev("none"), SevNone);
+    EXPECT_EQ(StringToSev(""), SevNone);
+}
+
+TEST_F(LogMsgTest, LongCategoryIsWrittenWhole) {
+    CLogMsg("at", "database", SevInfo) << "b" << flush;
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_NE(lines()[0].find(" database 03-05-2024"), std::string::npos);
+    const std::string huge(400, 'c');
+    CLogMsg("at", huge.c_str(), SevInfo) << "tail" << flush;
+    ASSERT_EQ(lines().size(), 2u);
+    EXPECT_NE(lines()[1].find(" " + huge + " 03-05-2024 14:07:09 -INFO  at : tail"), std::string::npos);
+}
+
+TEST_F(LogMsgTest, MessageIsReusableAndShorterBodyIsCut) {
+    CLogMsg msg("first", "cat", SevWarning);
+    msg.Sev(SevError).At("second") << "a long first body" << flush;
+    msg << "short" << flush;
+    ASSERT_EQ(lines().size(), 2u);
+    EXPECT_EQ(body(lines()[0]), "a long first body");
+    EXPECT_NE(lines()[0].find("-ERROR second : "), std::string::npos);
+    EXPECT_EQ(body(lines()[1]), "short");
+    EXPECT_NE(lines()[1].find("-WARN  first : "), std::string::npos);  // defaults restored
+}
+
+TEST_F(LogMsgTest, BodyInsertionOfEveryType) {
+    CLogMsg msg("at");
+    const char* null = nullptr;
+    std::ostringstream other;
+    other << "stream";
+    msg << null << 'c' << static_cast<short>(-2) << static_cast<unsigned short>(3) << -4 << 5u << -6L
+        << 7UL << 1.5f << 2.25 << " " << std::string("str") << " " << other << " "
+        << QIBError("e", 2, 8, "m", 1) << flush;
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_EQ(body(lines()[0]), "c-23-45-671.52.25 str stream e, code 2, severity 8, programm m 1");
+    msg << std::hex << 255 << std::dec << " " << 255 << flush;
+    EXPECT_EQ(body(lines()[1]), "ff 255");
+}
+
+TEST_F(LogMsgTest, EmbeddedNulEndsTheBody) {
+    CLogMsg msg("at");
+    msg << "before" << '\0' << "after" << flush;
+    EXPECT_EQ(body(lines().at(0)), "before");
+}
+
+TEST_F(LogMsgTest, LogFormsAndTheirResetRules) {
+    CLogMsg msg("at", "", SevInfo);
+    msg.Log(SevWarning, nullptr, "other", "explicit text");
+    EXPECT_NE(lines().at(0).find("-WARN  other : explicit text"), std::string::npos);
+    std::string text = "string form";
+    msg.Log(text);
+    EXPECT_NE(lines().at(1).find("-INFO  at : string form"), std::string::npos);
+    std::ostringstream s;
+    s << "from a stream";
+    msg.Log(s);
+    EXPECT_EQ(body(lines().at(2)), "from a stream");
+    msg.Log(static_cast<LogSeverity>(0), nullptr, nullptr, "sev zero keeps info");
+    EXPECT_NE(lines().at(3).find("-INFO  at : sev zero"), std::string::npos);
+}
+
+TEST_F(LogMsgTest, DisabledStringLogKeepsAttributesButCharLogRestoresThem) {
+    log_->SetFunctionChannel(osl::test::captureLine, SevError, "", false);
+    CLogMsg msg("at", "", SevError);
+    std::string text = "dropped";
+    msg.Log(SevInfo, "c", "x", text);  // disabled: severity info below error
+    EXPECT_TRUE(lines().empty());
+    EXPECT_EQ(msg.GetSevirity(), SevInfo);
+    EXPECT_EQ(msg.GetCategory(), "c");
+    msg.Log(SevInfo, "c", "x", "dropped too");
+    EXPECT_EQ(msg.GetSevirity(), SevError);
+    EXPECT_EQ(msg.GetCategory(), "");
+}
+
+TEST_F(LogMsgTest, AssignmentCopiesAttributesNotBody) {
+    CLogMsg a("at-a", "cat", SevFatal);
+    a << "pending body";
+    CLogMsg b;
+    b = a;
+    EXPECT_EQ(b.GetSevirity(), SevFatal);
+    EXPECT_EQ(b.GetCategory(), "cat");
+    b << "own" << flush;
+    EXPECT_EQ(body(lines().at(0)), "own");
+    EXPECT_NE(lines().at(0).find("-FATAL at-a : "), std::string::npos);
+}
+
+TEST_F(LogMsgTest, OslLogPrintUsesInfoForSeverityZero) {
+    OslLogPrint(static_cast<LogSeverity>(0), "cat", "where", "text");
+    std::string s = "string";
+    OslLogPrint(SevFatal, nullptr, nullptr, s);
+    ASSERT_EQ(lines().size(), 2u);
+    EXPECT_NE(lines()[0].find("  cat 03-05-2024 14:07:09 -INFO  where : text"), std::string::npos);
+    EXPECT_NE(lines()[1].find("-FATAL  : string"), std::string::npos);
+}
+
+TEST_F(LogMsgTest, NoLoggerMeansNothingWritten) {
+    CLog* none = nullptr;
+    CLogMsg msg(&none, "at", "", SevFatal);
+    EXPECT_FALSE(msg.IsEnable());
+    msg << "lost" << flush;
+    EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(LogMsgTest, ThreadIdIsTheCallingThreads) {
+    long other = 0;
+    std::thread t([&other] {
+        CLogMsg("thread") << "x" << flush;
+        other = osl::platform::currentThreadId();
+    });
+    t.join();
+    ASSERT_EQ(lines().size(), 1u);
+    char ids[32];
+    std::snprintf(ids, sizeof ids, "%5d/%5ld ", osl::platform::currentProcessId(), other);
+    EXPECT_EQ(lines()[0].substr(12, std::strlen(ids)), ids);
+    EXPECT_NE(other, osl::platform::currentThreadId());
+}
+
+TEST_F(LogMsgTest, LogToCoutWritesTheText) {
+    testing::internal::CaptureStdout();
+    LogToCout("to stdout");
+    LogToCout(nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "to stdout");
+}
+
+class OslLogMacroTest : public LoggerTest {};
+
+TEST_F(OslLogMacroTest, BodyIsNotEvaluatedWhenDisabled) {
+    int evaluated = 0;
+    auto costly = [&evaluated] {
+        ++evaluated;
+        return "costly";
+    };
+    OSL_LOG(SevFatal, "", "at") << costly();  // no channel at all
+    EXPECT_EQ(evaluated, 0);
+
+    log_->SetFunctionChannel(osl::test::captureLine, SevWarning, "db", false);
+    OSL_LOG(SevInfo, "", "at") << costly();    // below the level
+    OSL_LOG(SevError, "net", "at") << costly();  // category nobody takes
+    EXPECT_EQ(evaluated, 0);
+    OSL_LOG(SevError, "db", "at") << costly();
+    EXPECT_EQ(evaluated, 1);
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_NE(lines()[0].find("   db "), std::string::npos);
+    EXPECT_NE(lines()[0].find("-ERROR at : costly"), std::string::npos);
+}
+
+TEST_F(OslLogMacroTest, IsOneStatementInsideIfElse) {
+    log_->SetFunctionChannel(osl::test::captureLine, SevInfo, "", false);
+    bool flag = false;
+    if (flag)
+        OSL_LOG(SevInfo, "", "a") << "then";
+    else
+        OSL_LOG(SevInfo, "", "b") << "else";
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_NE(lines()[0].find("b : else"), std::string::npos);
+}
+
+}  // namespace

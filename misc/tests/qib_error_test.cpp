@@ -1,0 +1,97 @@
+// misc/tests/qib_error_test.cpp
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+std::string oneLine(const QIBError& e) {
+    std::ostringstream out;
+    out << e;
+    return out.str();
+}
+
+TEST(QIBErrorTest, DefaultErrorPrintsNoError) {
+    QIBError e;
+    EXPECT_EQ(oneLine(e), "No error, code 0, severity 0, programm unknown");
+    EXPECT_TRUE(e.isInfoOnly());
+}
+
+TEST(QIBErrorTest, ConstructionRulesForTextAndWhere) {
+    struct Case {
+        std::string text;
+        long code, severity;
+        std::string where;
+        long line;
+        std::string wantText, wantWhere;
+        bool infoOnly;
+    };
+    const Case cases[] = {
+        {"", 5, 0, "m", 0, "", "m", false},      // empty text survives a non-zero code
+        {"", 0, 3, "m", 0, "", "m", true},       // ... and a non-zero severity
+        {"", 0, 0, "m", 9, "No error", "m 9", true},
+        {"x", 3, 0, "m", 0, "x", "m", true},     // no trailing blank without a line
+        {"x", 3, 5, "m", 0, "x", "m", false},
+        {"x", -7, 0, "m", 12, "x", "m 12", true},  // negative codes count as information
+        {"x", 4, 0, "m", -2, "x", "m -2", true},
+        {"x", 99, 4, "", 38, "x", "unknown", true},  // line ignored without where
+        {"x", 0, 12, "m", 0, "x", "m", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.wantWhere + " code " + std::to_string(c.code) + " sev " + std::to_string(c.severity));
+        QIBError e(c.text, c.code, c.severity, c.where, c.line);
+        EXPECT_EQ(e.What(), c.wantText);
+        EXPECT_EQ(e.Where(), c.wantWhere);
+        EXPECT_EQ(e.Code(), c.code);
+        EXPECT_EQ(e.Severity(), c.severity);
+        EXPECT_EQ(e.isInfoOnly(), c.infoOnly);
+    }
+}
+
+TEST(QIBErrorTest, EqualityIgnoresWhere) {
+    EXPECT_TRUE(QIBError("t", 1, 12, "a", 1) == QIBError("t", 1, 12, "b", 2));
+    EXPECT_FALSE(QIBError("t", 1, 12, "a", 1) == QIBError("t", 2, 12, "a", 1));
+    EXPECT_FALSE(QIBError("t", 1, 12, "a", 1) == QIBError("t", 1, 8, "a", 1));
+    EXPECT_FALSE(QIBError("t", 1, 12, "a", 1) == QIBError("u", 1, 12, "a", 1));
+}
+
+TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
+    try {
+        throw QIBLogicalError("bad index", "m", 412);
+    } catch (const QIBError& e) {
+        EXPECT_EQ(oneLine(e), "Logical Error: bad index, code 1, severity 12, programm m 412");
+        EXPECT_NE(dynamic_cast<const QIBLogicalError*>(&e), nullptr);
+    }
+    QIBLogicalError oops("oops", "", 0);
+    EXPECT_EQ(oops.What(), "Logical Error: oops");
+    EXPECT_EQ(oops.Where(), "unknown");
+}
+
+TEST(QIBErrorTest, CopyAndAssignKeepAllFields) {
+    QIBError a("text", 7, 8, "where", 3);
+    QIBError b;
+    b = a;
+    QIBError c(a);
+    for (const QIBError* e : {&b, &c}) {
+        EXPECT_EQ(e->What(), "text");
+        EXPECT_EQ(e->Code(), 7);
+        EXPECT_EQ(e->Severity(), 8);
+        EXPECT_EQ(e->Where(), "where 3");
+    }
+}
+
+TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {
+    EXPECT_STREQ(ExceptionToConstChar(1), "Memory allocation failure");
+    EXPECT_STREQ(ExceptionToConstChar(710), "Syntax Error in User File");
+    EXPECT_STREQ(ExceptionToConstChar(1453), "File name exceeds maximal length");
+    EXPECT_STREQ(ExceptionToConstChar(1500), "KvlSock: Socket error");
+    for (int n : {0, -1, 2, 1454, 1499, 100000}) {
+        SCOPED_TRACE(n);
+        EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception");
+    }
+    EXPECT_EQ(ExceptionToConstChar(600), ExceptionToConstChar(600));  // static text, same pointer
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+// platform/clock.h
+// Wall-clock time for the library, behind a seam so that tests can fix the time.
+#pragma once
+
+#include <cstdint>
+
+namespace osl::platform {
+
+struct WallTime {
+    std::int64_t seconds = 0;  // since the epoch
+    std::int32_t micros = 0;
+};
+
+struct LocalTime {
+    int year = 0;
+    int month = 0;  // 1..12
+    int day = 0;    // 1..31
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int micros = 0;
+};
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual WallTime now() const = 0;
+};
+
+/// The clock in use: the system's, unless a test installed another one.
+const Clock& clock();
+/// Installs a clock (not owned); null restores the system clock.
+void setClock(const Clock* clock);
+
+/// The current time of clock(), in the local time zone.
+LocalTime localNow();
+LocalTime toLocal(WallTime time);
+
+}  // namespace osl::platform

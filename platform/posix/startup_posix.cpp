@@ -1,0 +1,58 @@
+// platform/posix/startup_posix.cpp
+// Start-up of the process-wide services. Each service is held by a function-local static whose
+// destructor shuts it down, so the exits run in reverse order at process exit.
+#include "platform/startup.h"
+
+#include <atomic>
+#include <ctime>
+#include <mutex>
+#include <vector>
+
+namespace osl::platform {
+namespace {
+
+std::atomic<int> startCount{0};
+
+// Local time is read with localtime_r, which does not look at TZ by itself.
+struct TimeService {
+    TimeService() { tzset(); }
+};
+
+std::mutex& enderLock() {
+    static std::mutex* lock = new std::mutex;
+    return *lock;
+}
+
+std::vector<std::function<void()>>& enders() {  // guarded by enderLock()
+    static auto* list = new std::vector<std::function<void()>>;
+    return *list;
+}
+
+}  // namespace
+
+void startServices() {
+    static const bool started = [] {
+        static TimeService time;
+        startCount.fetch_add(1);
+        return true;
+    }();
+    (void)started;
+}
+
+int servicesStarted() { return startCount.load(); }
+
+void addSessionEnder(std::function<void()> ender) {
+    std::lock_guard<std::mutex> guard(enderLock());
+    enders().push_back(std::move(ender));
+}
+
+void endSessions() {
+    std::vector<std::function<void()>> copy;
+    {
+        std::lock_guard<std::mutex> guard(enderLock());
+        copy = enders();
+    }
+    for (auto& ender : copy) ender();
+}
+
+}  // namespace osl::platform

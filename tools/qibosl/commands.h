@@ -1,0 +1,22 @@
+// tools/qibosl/commands.h
+// The subcommands of qibosl. Each returns the process exit status; a usage error throws UsageError.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace qibosl {
+
+using Args = std::vector<std::string>;
+
+/// Bad subcommand or arguments: main prints the usage on standard error and exits with 2.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+int cmdVersion(const Args& args);
+int cmdDemo(const Args& args);
+
+}  // namespace qibosl

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# The command line of qibosl: subcommands, usage errors and exit statuses.
+set -u
+qibosl=$1
+installation=$2
+fail=0
+check() {  # check NAME EXPECTED-STATUS COMMAND...
+    local name=$1 expected=$2; shift 2
+    "$@" >/tmp/qibosl-cli.$$.out 2>/tmp/qibosl-cli.$$.err
+    local status=$?
+    if [ "$status" -ne "$expected" ]; then
+        echo "FAIL $name: status $status, expected $expected"; cat /tmp/qibosl-cli.$$.err; fail=1
+    fi
+}
+check no-command 2 "$qibosl"
+grep -q '^usage: qibosl' /tmp/qibosl-cli.$$.err || { echo "FAIL no-command: no usage on stderr"; fail=1; }
+check unknown-command 2 "$qibosl" frobnicate
+grep -q "unknown command 'frobnicate'" /tmp/qibosl-cli.$$.err || { echo "FAIL unknown-command text"; fail=1; }
+check version-extra-arg 2 "$qibosl" version extra
+check version 0 "$qibosl" version
+head -c 200 /tmp/qibosl-cli.$$.out | grep -q $'^qibosl [0-9.]*\r$' || { echo "FAIL version: first line"; fail=1; }
+[ "$(grep -c $'\r$' /tmp/qibosl-cli.$$.out)" -eq "$(wc -l </tmp/qibosl-cli.$$.out)" ] || { echo "FAIL version: CR LF"; fail=1; }
+[ "$(sort /tmp/qibosl-cli.$$.out | uniq -d | wc -l)" -eq 0 ] || { echo "FAIL version: duplicates"; fail=1; }
+check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
+check demo 0 "$qibosl" demo "$installation"
+grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
+grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
+rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
+exit $fail
