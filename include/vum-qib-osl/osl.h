@@ -15,3 +15,7 @@
 #include <vum-qib-osl/misc/install_dir.h>
 #include <vum-qib-osl/misc/wenv.h>
 #include <vum-qib-osl/ini/general_configuration.h>
+
+#include <vum-qib-osl/strings/unicode_configuration.h>
+#include <vum-qib-osl/strings/unicode_converter.h>
+#include <vum-qib-osl/strings/utf8_string.h>

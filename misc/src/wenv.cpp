@@ -3,6 +3,8 @@
 // environment as bytes, so UTF-8 text needs no conversion on its way in or out.
 #include <vum-qib-osl/misc/wenv.h>
 
+#include <vum-qib-osl/strings/unicode_configuration.h>
+
 #include "platform/environment.h"
 
 namespace {
@@ -41,7 +43,7 @@ void getEnvList(EnvList& list) {
     }
 }
 
-bool unicodeMode() { return false; }
+bool unicodeMode() { return Osl_UnicodeConfiguration::IsUnicodeMode(); }
 
 }  // namespace
 
