@@ -25,6 +25,8 @@ check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
 check demo 0 "$qibosl" demo "$installation"
 grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
+grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
+grep -q 'differs' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
 # env and dirs
 check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
 grep -qx 'QIBOSL_CLI_SET=value' /tmp/qibosl-cli.$$.out || { echo "FAIL env: set variable"; fail=1; }
