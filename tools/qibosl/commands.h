@@ -2,6 +2,8 @@
 // The subcommands of qibosl. Each returns the process exit status; a usage error throws UsageError.
 #pragma once
 
+#include <filesystem>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,5 +20,11 @@ public:
 
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
+
+// Environment and installation directories (cmd_env.cpp).
+int cmdEnv(const Args& args);
+int cmdDirs(const Args& args);
+void printDirectories(std::ostream& out);
+void demoEnvironment(const std::filesystem::path& installation);
 
 }  // namespace qibosl

@@ -17,6 +17,8 @@ struct Command {
 constexpr Command kCommands[] = {
     {"version", "version                 the versions of every registered component", qibosl::cmdVersion},
     {"demo", "demo [INSTALLATION]     run the demonstration on an installation directory", qibosl::cmdDemo},
+    {"env", "env [NAME]              the environment, or one variable with its status", qibosl::cmdEnv},
+    {"dirs", "dirs [VARIABLE...]      the installation directories (root from DECOLLATOR_DIR) and temp", qibosl::cmdDirs},
 };
 
 void printUsage(std::ostream& out) {
