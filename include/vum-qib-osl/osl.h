@@ -10,3 +10,10 @@
 #include <vum-qib-osl/log/channel.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/log/log_msg.h>
+
+#include <vum-qib-osl/message/format_string.h>
+#include <vum-qib-osl/message/map_file.h>
+#include <vum-qib-osl/message/message.h>
+
+#include <vum-qib-osl/cmdline/cmd_line.h>
+#include <vum-qib-osl/cmdline/qib_command_line.h>
