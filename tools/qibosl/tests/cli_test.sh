@@ -25,5 +25,30 @@ check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
 check demo 0 "$qibosl" demo "$installation"
 grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
+
+# catalog compile / dump / usage
+tmp=$(mktemp -d)
+printf '# a comment\nusage_x1=Options:\nprog_x1_1=-in=FILE\\tinput\nusage_2=version %%1\nprog_2_1=7.1\nmulti=a\\nb\\x01 \xc3\xa9\n' >"$tmp/src.msg"
+check catalog-compile 0 "$qibosl" catalog compile "$tmp/src.msg" "$tmp/a.cat"
+check catalog-dump 0 "$qibosl" catalog dump "$tmp/a.cat"
+cp /tmp/qibosl-cli.$$.out "$tmp/dump.msg"
+grep -qx 'multi=a\\nb\\x01 é' "$tmp/dump.msg" || { echo "FAIL catalog-dump: escapes"; fail=1; }
+check catalog-recompile 0 "$qibosl" catalog compile "$tmp/dump.msg" "$tmp/b.cat"
+cmp -s "$tmp/a.cat" "$tmp/b.cat" || { echo "FAIL catalog: compile(dump(x)) differs from x"; fail=1; }
+printf 'ok=1\n\nbroken line\n' >"$tmp/bad.msg"
+check catalog-bad-source 1 "$qibosl" catalog compile "$tmp/bad.msg" "$tmp/c.cat"
+grep -q "bad.msg:3: no '=' between key and text" /tmp/qibosl-cli.$$.err || { echo "FAIL catalog: error line"; fail=1; }
+check catalog-dump-garbage 1 "$qibosl" catalog dump "$tmp/bad.msg"
+check catalog-no-args 2 "$qibosl" catalog
+check catalog-unknown-option 2 "$qibosl" catalog dump -x=1 "$tmp/a.cat"
+check usage 0 "$qibosl" usage "$tmp/a.cat" prog
+[ "$(cat /tmp/qibosl-cli.$$.out)" = "$(printf 'Options:\n\t-in=FILE\tinput\nversion 7.1')" ] || { echo "FAIL usage text"; cat /tmp/qibosl-cli.$$.out; fail=1; }
+check usage-message-path 0 env MESSAGE_PATH="$tmp" "$qibosl" usage a.cat prog
+check usage-missing-catalog 1 "$qibosl" usage "$tmp/none.cat" prog
+check usage-no-set 2 "$qibosl" usage "$tmp/a.cat"
+grep -q 'usage CATALOG SET' /tmp/qibosl-cli.$$.err || { echo "FAIL usage: own usage from the catalog"; fail=1; }
+check help 0 "$qibosl" help
+grep -q 'catalog dump FILE' /tmp/qibosl-cli.$$.out || { echo "FAIL help: usage texts missing"; fail=1; }
+rm -rf "$tmp"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail
