@@ -25,6 +25,8 @@ check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
 check demo 0 "$qibosl" demo "$installation"
 grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
+grep -q '^	E0042 cannot open report.dat: permission denied (3 attempts)$' /tmp/qibosl-cli.$$.out ||
+    { echo "FAIL demo: message from the installation's catalog"; fail=1; }
 
 # catalog compile / dump / usage
 tmp=$(mktemp -d)
