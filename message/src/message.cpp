@@ -4,17 +4,18 @@
 
 #include <vum-qib-osl/message/map_file.h>
 #include <vum-qib-osl/misc/qib_error.h>
+#include <vum-qib-osl/misc/wenv.h>
 
-#include <cstdlib>
 #include <iostream>
 
 namespace {
 
 std::string catalogPath(const std::string& catalogFile) {
-    // An empty MESSAGE_PATH counts as unset (it cannot exist where the convention began).
-    const char* directory = std::getenv("MESSAGE_PATH");  // NOLINT(concurrency-mt-unsafe)
-    if (directory == nullptr || *directory == '\0') return catalogFile;
-    return std::string(directory) + "/" + catalogFile;
+    // An empty MESSAGE_PATH counts as unset: where the convention began, setting a variable to
+    // the empty text removes it.
+    std::string directory;
+    if (WEnv::WGetEnv("MESSAGE_PATH", directory) != WEnv::EnvSet) return catalogFile;
+    return directory + "/" + catalogFile;
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 // uses it at start-up. Its texts come from the installation's message catalog.
 #include <vum-qib-osl/osl.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -76,7 +75,7 @@ int cmdDemo(const Args& args) {
         throw UsageError("no installation directory at '" + installation.string() + "'");
     }
     const std::filesystem::path messages = std::filesystem::absolute(installation / "messages");
-    setenv("MESSAGE_PATH", messages.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): before any thread
+    WEnv::WPutEnv("MESSAGE_PATH", messages.string());
     if (!Message().Append("demo.cat")) {
         std::cerr << "qibosl demo: no message catalog " << (messages / "demo.cat").string()
                   << " (the build compiles it from demo.msg)\n";
@@ -104,6 +103,7 @@ int cmdDemo(const Args& args) {
     OslLogPrint(SevSystem, "", "demo", text("demo_log_print").Text().c_str());
 
     demoMessagesAndCommandLine();
+    demoEnvironment(installation);
     return 0;
 }
 

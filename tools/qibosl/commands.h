@@ -4,7 +4,9 @@
 
 #include <vum-qib-osl/cmdline/qib_command_line.h>
 
+#include <filesystem>
 #include <initializer_list>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -40,5 +42,11 @@ int cmdCatalog(const Args& args);
 int cmdUsage(const Args& args);
 int cmdConvert(const Args& args);
 int cmdEncodings(const Args& args);
+
+// Environment and installation directories (cmd_env.cpp).
+int cmdEnv(const Args& args);
+int cmdDirs(const Args& args);
+void printDirectories(std::ostream& out);
+void demoEnvironment(const std::filesystem::path& installation);
 
 }  // namespace qibosl

@@ -23,6 +23,8 @@ constexpr Command kCommands[] = {
     {"demo", "demo", qibosl::cmdDemo},
     {"catalog", "catalog", qibosl::cmdCatalog},
     {"usage", "usage", qibosl::cmdUsage},
+    {"env", "env", qibosl::cmdEnv},
+    {"dirs", "dirs", qibosl::cmdDirs},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
