@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ostream>
+#include <string_view>
 
 namespace {
 
@@ -40,11 +41,20 @@ void split(const std::string& element, std::string& name, std::string& value) {
     }
 }
 
-std::string nameOf(const std::string& element) {
-    std::string name;
+// Whether the split name of `element` equals `name` without regard to case. ASCII names are
+// compared in place (upper-casing first would not change the answer); others take the full split.
+bool hasName(const std::string& element, const std::string& name) {
+    if (element.empty() || element[0] != '-') return name.empty();
+    const std::string_view raw = std::string_view(element).substr(0, element.find('='));
+    if (std::all_of(raw.begin(), raw.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        return raw.size() == name.size() && std::equal(raw.begin(), raw.end(), name.begin(), [](char x, char y) {
+                   return asciiUpper(x) == asciiUpper(y);
+               });
+    }
+    std::string splitName;
     std::string value;
-    split(element, name, value);
-    return name;
+    split(element, splitName, value);
+    return equalNoCase(splitName, name);
 }
 
 bool startsWith(const std::string& text, char c) { return !text.empty() && text[0] == c; }
@@ -147,7 +157,7 @@ QIBCommandLine::Position QIBCommandLine::FindInputOption(const std::string& name
 }
 
 QIBCommandLine::Position QIBCommandLine::FindInputOption(const std::string& name, Position start) {
-    return std::find_if(start, m_Pending.end(), [&](const std::string& e) { return equalNoCase(nameOf(e), name); });
+    return std::find_if(start, m_Pending.end(), [&](const std::string& e) { return hasName(e, name); });
 }
 
 QIBCommandLine::ConstPosition QIBCommandLine::FindInputOption(const std::string& name) const {
@@ -155,7 +165,7 @@ QIBCommandLine::ConstPosition QIBCommandLine::FindInputOption(const std::string&
 }
 
 QIBCommandLine::ConstPosition QIBCommandLine::FindInputOption(const std::string& name, ConstPosition start) const {
-    return std::find_if(start, m_Pending.end(), [&](const std::string& e) { return equalNoCase(nameOf(e), name); });
+    return std::find_if(start, m_Pending.end(), [&](const std::string& e) { return hasName(e, name); });
 }
 
 bool QIBCommandLine::FindAndPeekOption(const std::string& name, std::string& value) const {

@@ -4,6 +4,17 @@
 
 #include <algorithm>
 
+namespace {
+
+// Built by appending: g++ 12 warns falsely (-Wrestrict) on "%" + std::to_string(n) in release builds.
+std::string placeholder(std::size_t n) {
+    std::string text(1, '%');
+    text += std::to_string(n);
+    return text;
+}
+
+}  // namespace
+
 FormatString::FormatString() : m_ArgCount(0) {}
 
 FormatString::FormatString(const std::string& text) : m_ArgCount(0) { Assign(text); }
@@ -17,9 +28,9 @@ void FormatString::Assign(const std::string& text) {
 
 void FormatString::insertArgument(const std::string& argument) {
     ++m_ArgCount;
-    const std::string placeholder = "%" + std::to_string(m_ArgCount);
-    const std::size_t at = m_Text.find(placeholder);
-    if (at != std::string::npos) m_Text.replace(at, placeholder.size(), argument);
+    const std::string wanted = placeholder(m_ArgCount);
+    const std::size_t at = m_Text.find(wanted);
+    if (at != std::string::npos) m_Text.replace(at, wanted.size(), argument);
 }
 
 FormatString& FormatString::operator<<(const char* argument) {
@@ -51,7 +62,7 @@ std::uint16_t FormatString::GetArgumentsNumber() const {
     const auto percents = static_cast<std::size_t>(std::count(m_Text.begin(), m_Text.end(), '%'));
     std::uint16_t found = 0;
     for (std::size_t n = 1; n <= percents && n <= 0xFFFF; ++n) {
-        if (m_Text.find("%" + std::to_string(n)) == std::string::npos) break;
+        if (m_Text.find(placeholder(n)) == std::string::npos) break;
         ++found;
     }
     return found;
