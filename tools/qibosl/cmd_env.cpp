@@ -1,5 +1,8 @@
 // tools/qibosl/cmd_env.cpp
-// qibosl env and qibosl dirs: the environment as WEnv sees it, and the installation directories.
+// qibosl env and qibosl dirs: the environment as WEnv sees it, and the installation directories;
+// the demo's part on files with signatures, environment, directories and dynamic libraries.
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/file/unicode_signature.h>
 #include <vum-qib-osl/ini/general_configuration.h>
 #include <vum-qib-osl/misc/install_dir.h>
 #include <vum-qib-osl/misc/dloadlib.h>
@@ -7,6 +10,7 @@
 #include <vum-qib-osl/misc/wenv.h>
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <iomanip>
@@ -84,6 +88,40 @@ int cmdDirs(const Args& args) {
 }  // namespace qibosl
 
 namespace qibosl {
+namespace {
+
+void demoSignatures(const std::string& tempDir) {
+    std::cout << "\n== files with Unicode signatures (in " << tempDir << ")\n";
+    const std::filesystem::path dir = tempDir + "qibosl-demo-" + std::to_string(getpid());
+    std::filesystem::create_directories(dir);
+    const std::pair<const char*, std::string> files[] = {
+        {"utf8.txt", std::string(UTF8_Header) + "Gr\xC3\xBC\xC3\x9F" "e"},
+        {"utf16le.txt", std::string(UNICODE_Header, 2) + std::string("H\0i\0", 4)},
+        {"utf16be.txt", std::string(UNICODE_BE_Header, 2) + std::string("\0H\0i", 4)},
+        {"plain.txt", "no signature"},
+        {"ff-fe-only.txt", std::string(UNICODE_Header, 2)},
+    };
+    for (const auto& [name, bytes] : files) {
+        const std::string path = (dir / name).string();
+        {
+            Osl_Ofstream out(path, std::ios::binary);
+            out << bytes;
+        }
+        Osl_Ifstream in(path, std::ios::binary);
+        const int streamKind = in.SkipSignature();
+        FILE* file = Osl_Fopen(path.c_str(), "rb");
+        const int fileKind = file != nullptr ? Osl_FILE_SkipSignature(file) : -1;
+        if (file != nullptr) std::fclose(file);
+        std::cout << "  " << std::left << std::setw(16) << name << std::setw(3) << bytes.size()
+                  << "bytes  stream form " << streamKind << (in.fail() ? " (stream failed)" : "")
+                  << "  FILE* form " << fileKind << "\n";
+    }
+    std::filesystem::remove_all(dir);
+    std::cout << "  (0 none, 1 UTF-8, 2 UTF-16LE, 3 UTF-16BE; a file of FF FE alone differs on "
+                 "purpose)\n";
+}
+
+}  // namespace
 
 void demoEnvironment(const std::filesystem::path& installation) {
     std::cout << "\n== environment, installation directories and dynamic libraries\n";
@@ -130,6 +168,7 @@ void demoEnvironment(const std::filesystem::path& installation) {
     } catch (const QIBError& e) {
         std::cout << e << "\n";
     }
+    demoSignatures(temp);
 }
 
 }  // namespace qibosl
