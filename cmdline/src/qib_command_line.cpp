@@ -4,6 +4,9 @@
 
 #include <vum-qib-osl/message/format_string.h>
 #include <vum-qib-osl/message/message.h>
+#include <vum-qib-osl/strings/unicode_configuration.h>
+#include <vum-qib-osl/strings/unicode_converter.h>
+#include <vum-qib-osl/strings/utf8_string.h>
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +18,7 @@ namespace {
 char asciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 std::string toUpper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), asciiUpper);
+    ToUpper2(text);
     return text;
 }
 
@@ -42,7 +45,7 @@ void split(const std::string& element, std::string& name, std::string& value) {
 }
 
 // Whether the split name of `element` equals `name` without regard to case. ASCII names are
-// compared in place (upper-casing first would not change the answer); others take the full split.
+// compared in place (upper-casing first would not change the answer); others are upper-cased.
 bool hasName(const std::string& element, const std::string& name) {
     if (element.empty() || element[0] != '-') return name.empty();
     const std::string_view raw = std::string_view(element).substr(0, element.find('='));
@@ -51,10 +54,11 @@ bool hasName(const std::string& element, const std::string& name) {
                    return asciiUpper(x) == asciiUpper(y);
                });
     }
+    // Both sides through the library's case mapping, so that non-ASCII letters match in either case.
     std::string splitName;
     std::string value;
     split(element, splitName, value);
-    return equalNoCase(splitName, name);
+    return equalNoCase(splitName, toUpper(name));
 }
 
 bool startsWith(const std::string& text, char c) { return !text.empty() && text[0] == c; }
@@ -89,8 +93,16 @@ QIBCommandLine::~QIBCommandLine() = default;
 
 void QIBCommandLine::Init(int argc, char* const argv[]) {
     std::vector<std::string> args;
+    const bool unicode = Osl_UnicodeConfiguration::IsUnicodeMode();
+    Osl_UnicodeConverter converter;
+    if (unicode) converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding());
     for (int i = 0; i < argc; ++i) {
         std::string argument = argv[i] == nullptr ? std::string() : std::string(argv[i]);
+        if (unicode && !argument.empty()) {
+            std::string utf8;
+            converter.ConvertCurrentEncodingtoUTF8(argument, utf8);  // what a failure leaves is the converter's
+            argument = std::move(utf8);
+        }
         if (argument.empty()) continue;
         args.push_back(std::move(argument));
     }
@@ -99,7 +111,17 @@ void QIBCommandLine::Init(int argc, char* const argv[]) {
 
 void QIBCommandLine::Init(int argc, char16_t* const argv[]) {
     std::vector<std::string> args;
-    for (int i = 0; i < argc; ++i) args.push_back(narrowBytewise(argv[i]));
+    const bool unicode = Osl_UnicodeConfiguration::IsUnicodeMode();
+    Osl_UnicodeConverter converter;
+    for (int i = 0; i < argc; ++i) {
+        if (!unicode) {
+            args.push_back(narrowBytewise(argv[i]));
+            continue;
+        }
+        std::string utf8;
+        if (argv[i] != nullptr) converter.ConvertUCS2toUTF8(std::u16string(argv[i]), utf8);
+        args.push_back(std::move(utf8));
+    }
     Init(argc, args);
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -73,6 +74,20 @@ TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsAndNarrowsBytewise) {
     // Both bytes of U+4142 are non-zero: each byte starts a run, so they repeat.
     TestLine odd = initWide({u"p", u"\u4142c"});
     EXPECT_EQ(odd.pending(), (Strings{"BAcAcc"}));
+}
+
+TEST(QIBCommandLineTest, UnicodeModeConvertsArgumentsToUtf8AndUpperCasesNames) {
+    osl::test::ScopedUnicodeMode mode(true, "Latin1", "Latin1");
+    TestLine narrow = initNarrow({"p", "-\xFC" "ber=\xE9" "t\xE9"});  // Latin-1 from the file system
+    EXPECT_EQ(narrow.pending(), Strings{"-\xC3\xBC" "ber=\xC3\xA9" "t\xC3\xA9"});
+    std::string name, value;
+    ASSERT_TRUE(narrow.ReadOption(name, value));
+    EXPECT_EQ(name, "-\xC3\x9C" "BER");
+    EXPECT_EQ(value, "\xC3\xA9" "t\xC3\xA9");
+
+    TestLine wide = initWide({u"p", u"-\u00fcber=\u4142", u""});
+    EXPECT_EQ(wide.pending(), (Strings{"-\xC3\xBC" "ber=\xE4\x85\x82", ""}));
+    EXPECT_EQ(wide.GetOptionValue("-\xC3\xBC" "BER"), "\xE4\x85\x82");
 }
 
 TEST(QIBCommandLineTest, InitOnAUsedObjectAppends) {

@@ -23,6 +23,8 @@ constexpr Command kCommands[] = {
     {"demo", "demo", qibosl::cmdDemo},
     {"catalog", "catalog", qibosl::cmdCatalog},
     {"usage", "usage", qibosl::cmdUsage},
+    {"convert", "convert", qibosl::cmdConvert},
+    {"encodings", "encodings", qibosl::cmdEncodings},
     {"env", "env", qibosl::cmdEnv},
     {"dirs", "dirs", qibosl::cmdDirs},
 };

@@ -71,5 +71,25 @@ check demo-env 0 "$qibosl" demo "$installation"
 grep -q 'GeneralConfiguration::Init on an unset variable throws the integer 2' /tmp/qibosl-cli.$$.out ||
     { echo "FAIL demo: environment section"; fail=1; }
 grep -q 'programm misc\\src\\dloadlib 76' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: dloadlib"; fail=1; }
+
+# convert and encodings
+tmp=$(mktemp -d)
+check encodings 0 "$qibosl" encodings
+grep -q '^Latin1  *ISO 8859-1' /tmp/qibosl-cli.$$.out || { echo "FAIL encodings: Latin1 with its description"; fail=1; }
+printf 'caf\xe9\n' >"$tmp/latin1.txt"
+check convert-file 0 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/latin1.txt"
+[ "$(od -An -tx1 /tmp/qibosl-cli.$$.out | tr -d ' \n')" = "636166c3a90a" ] || { echo "FAIL convert: Latin1 to UTF-8"; fail=1; }
+# Characters cut by the 64 KiB chunks of the stream must come through whole.
+python3 -c "import sys; sys.stdout.buffer.write(b'x' + ('日本語、abc\n' + 'カタカナ' * 40).encode() * 700)" >"$tmp/ja.txt"
+"$qibosl" convert -from = UTF-8 -to= MS932 <"$tmp/ja.txt" >"$tmp/ja.sjis" &&
+    "$qibosl" convert -from=MS932 -to=UTF-8 "$tmp/ja.sjis" | cmp -s - "$tmp/ja.txt" ||
+    { echo "FAIL convert: UTF-8 -> MS932 -> UTF-8 through stdin and a file"; fail=1; }
+check convert-unknown-encoding 2 "$qibosl" convert -from=Latin1 -to=no-such-encoding "$tmp/latin1.txt"
+grep -q "unknown encoding 'no-such-encoding'" /tmp/qibosl-cli.$$.err || { echo "FAIL convert: unknown encoding text"; fail=1; }
+check convert-missing-option 2 "$qibosl" convert -from=Latin1 "$tmp/latin1.txt"
+check convert-missing-file 1 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/none.txt"
+printf 'ok\xff\n' >"$tmp/bad.txt"
+check convert-illegal-input 1 "$qibosl" convert -from=UTF-8 -to=Latin1 "$tmp/bad.txt"
+rm -rf "$tmp"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail
