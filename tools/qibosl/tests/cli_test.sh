@@ -27,6 +27,8 @@ grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || 
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
 grep -q '^	E0042 cannot open report.dat: permission denied (3 attempts)$' /tmp/qibosl-cli.$$.out ||
     { echo "FAIL demo: message from the installation's catalog"; fail=1; }
+grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
+grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
 
 # catalog compile / dump / usage
 tmp=$(mktemp -d)
