@@ -167,8 +167,8 @@ int cmdDemo(const Args& args) {
     OslLogPrint(SevSystem, "", "demo", text("demo_log_print").Text().c_str());
 
     demoMessagesAndCommandLine();
-    demoEnvironment(installation);
     demoText();
+    demoEnvironment(installation);
     return 0;
 }
 

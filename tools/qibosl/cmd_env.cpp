@@ -117,8 +117,8 @@ void demoSignatures(const std::string& tempDir) {
                   << "  FILE* form " << fileKind << "\n";
     }
     std::filesystem::remove_all(dir);
-    std::cout << "  (0 none, 1 UTF-8, 2 UTF-16LE, 3 UTF-16BE; a file of FF FE alone differs on "
-                 "purpose)\n";
+    std::cout << "  (0 none, 1 UTF-8, 2 UTF-16LE, 3 UTF-16BE; on a file of FF FE alone the two forms"
+                 " answer differently, on purpose)\n";
 }
 
 }  // namespace
