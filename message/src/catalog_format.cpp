@@ -3,8 +3,10 @@
 // against the bytes that remain before anything is allocated for it.
 #include "message/src/catalog_format.h"
 
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/strings/utf8_string.h>
+
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 namespace osl::detail {
@@ -80,12 +82,14 @@ std::string serializeCatalog(const std::map<std::string, std::string>& entries) 
 }
 
 bool readCatalogFile(const std::string& fileName, std::map<std::string, std::string>& entries) {
+    // The streams convert the name themselves; the size check needs the name on the file system.
+    const std::string nativeName = Osl_UTF8String(fileName).ToCurrentFSEncoding();
     std::error_code ec;
     // Only regular files: a device or a pipe could feed us without end.
-    if (!std::filesystem::is_regular_file(fileName, ec)) return false;
-    const std::uintmax_t size = std::filesystem::file_size(fileName, ec);
+    if (!std::filesystem::is_regular_file(nativeName, ec)) return false;
+    const std::uintmax_t size = std::filesystem::file_size(nativeName, ec);
     if (ec) return false;
-    std::ifstream in(fileName, std::ios::binary);
+    Osl_Ifstream in(fileName, std::ios::binary);
     if (!in) return false;
     std::string bytes(static_cast<std::size_t>(size), '\0');
     in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -99,7 +103,7 @@ bool readCatalogFile(const std::string& fileName, std::map<std::string, std::str
 }
 
 bool writeCatalogFile(const std::string& fileName, const std::map<std::string, std::string>& entries) {
-    std::ofstream out(fileName, std::ios::binary | std::ios::trunc);
+    Osl_Ofstream out(fileName, std::ios::binary | std::ios::trunc);
     if (!out) return false;
     const std::string bytes = serializeCatalog(entries);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "message/src/catalog_format.h"
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -87,6 +89,18 @@ TEST_F(MapFileTest, AppendKeepsKnownKeysAndFirstOfDuplicates) {
     ASSERT_TRUE(map.AppendMap(dir_.file("dup.cat")));
     EXPECT_EQ(map["a"], "1");
     EXPECT_EQ(map["b"], "mine");
+}
+
+TEST_F(MapFileTest, UnicodeModeNamesFilesInTheFileSystemEncoding) {
+    osl::test::ScopedUnicodeMode mode(true, "Latin1", "Latin1");
+    MapFile map;
+    map.Insert("k", "v");
+    const std::string utf8Name = dir_.file("caf\xC3\xA9.cat");
+    ASSERT_TRUE(map.StoreMap(utf8Name));
+    EXPECT_TRUE(std::filesystem::is_regular_file(dir_.file("caf\xE9.cat")));  // Latin-1 on disk
+    MapFile loaded;
+    ASSERT_TRUE(loaded.LoadMap(utf8Name));
+    EXPECT_EQ(loaded["k"], "v");
 }
 
 TEST_F(MapFileTest, InsertReplaceAndLookup) {
