@@ -10,8 +10,8 @@
 
 namespace {
 
-// One entry per subcommand. `usageSet` names the set of its lines in qibosl.msg (see the README:
-// "set_x4_1", "set_x4_2", ... are the lines of the command's usage).
+// One entry per subcommand. `usageSet` names the set of its line in qibosl.msg ("SET_x4_1", see the
+// README); while the catalog has no line for it, the text of `usageSet` itself is shown.
 struct Command {
     const char* name;
     const char* usageSet;
@@ -71,6 +71,11 @@ void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets)
         out << "\n(the usage texts are missing: no readable qibosl.cat beside the program or in "
                "../share/vum-qib-osl)\n";
         return;
+    }
+    // A subcommand whose line is not in the catalog yet shows its set's text as it is, so that an
+    // entry written {"name", "synopsis   description", function} still has a usage line.
+    for (const std::string& set : shown) {
+        if (!SingleMapFileMT::Instance()->HasEntry(set + "_x4_1")) SingleMapFileMT::Instance()->Insert(set + "_x4_1", set);
     }
     DisplayUsage(out, shown, "");
 }
