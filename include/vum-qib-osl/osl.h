@@ -19,3 +19,10 @@
 #include <vum-qib-osl/strings/unicode_configuration.h>
 #include <vum-qib-osl/strings/unicode_converter.h>
 #include <vum-qib-osl/strings/utf8_string.h>
+
+#include <vum-qib-osl/message/format_string.h>
+#include <vum-qib-osl/message/map_file.h>
+#include <vum-qib-osl/message/message.h>
+
+#include <vum-qib-osl/cmdline/cmd_line.h>
+#include <vum-qib-osl/cmdline/qib_command_line.h>

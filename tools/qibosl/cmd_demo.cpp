@@ -1,6 +1,6 @@
 // tools/qibosl/cmd_demo.cpp
 // qibosl demo: a tour of the library on an installation directory, the way a product program
-// uses it at start-up.
+// uses it at start-up. Its texts come from the installation's message catalog.
 #include <vum-qib-osl/osl.h>
 
 #include <cstdio>
@@ -16,7 +16,58 @@ namespace {
 
 void toScreen(const char* line) { std::cout << line << "\n"; }
 
-void section(const char* title) { std::cout << "\n== " << title << "\n"; }
+// The text of a key of the demo's catalog, without its key.
+Message& text(const std::string& key) {
+    static Message message;
+    message.PrintCode(false);
+    return message[key];
+}
+
+void section(const std::string& title) { std::cout << "\n== " << title << "\n"; }
+
+const char* kindName(CmdLine::TKind kind) {
+    switch (kind) {
+        case CmdLine::tkWord: return "word  ";
+        case CmdLine::tkOption: return "option";
+        case CmdLine::tkValue: return "value ";
+        default: return "end   ";
+    }
+}
+
+void demoMessagesAndCommandLine() {
+    section(text("demo_section_messages").Text());
+    const std::size_t count = static_cast<std::size_t>(
+        std::distance(SingleMapFileMT::Instance()->begin(), SingleMapFileMT::Instance()->end()));
+    std::cout << (text("demo_catalog") << "demo.cat" << static_cast<long>(count)).Text() << "\n";
+    Message coded;  // prints its key first
+    std::cout << "\t" << (coded["E0042"] << "report.dat" << "permission denied" << 3).Text() << "\n";
+    std::cout << text("demo_missing").Text() << "\n\t" << coded["E9999"].Text() << "\n";
+    std::cout << (text("demo_error") << QIBError("Cannot open the report", 2, 8, "tools/qibosl/cmd_demo", 48)).Text()
+              << "\n";
+
+    char prog[] = "report", in[] = "-in", eq[] = "=", file[] = "q3.dat", out[] = "-OUT=", target[] = "q3.pdf",
+         word[] = "draft";
+    char* argv[] = {prog, in, eq, file, out, target, word};
+    QIBCommandLine line;
+    line.Init(7, argv);
+    std::cout << (text("demo_command_line") << "report -in = q3.dat -OUT= q3.pdf draft").Text() << "\n";
+    std::string name;
+    std::string value;
+    while (line.ReadOption(name, value)) {
+        std::cout << (name.empty() ? (text("demo_operand") << value) : (text("demo_option") << name << value)).Text()
+                  << "\n";
+    }
+
+    const char* sample = "-out=file.txt in";
+    CmdLine scanner(sample);
+    std::cout << (text("demo_tokens") << sample).Text() << "\n";
+    for (CmdLine::TKind kind = scanner.NextToken(false); kind != CmdLine::tkEnd; kind = scanner.NextToken(false)) {
+        std::cout << (text("demo_token") << kindName(kind) << scanner.CurrentToken()).Text() << "\n";
+    }
+
+    std::cout << text("demo_usage").Text() << "\n";
+    DisplayUsage(std::cout, "report", "");
+}
 
 // Text and encodings: legacy bytes to UTF-8, to UTF-16 and back, in windows-1252 and in the
 // double-byte EBCDIC code page IBM-939.
@@ -88,28 +139,35 @@ int cmdDemo(const Args& args) {
     if (!std::filesystem::is_directory(installation)) {
         throw UsageError("no installation directory at '" + installation.string() + "'");
     }
-    std::cout << "qibosl demo on the installation " << std::filesystem::absolute(installation).string()
-              << "\n";
+    const std::filesystem::path messages = std::filesystem::absolute(installation / "messages");
+    WEnv::WPutEnv("MESSAGE_PATH", messages.string());
+    if (!Message().Append("demo.cat")) {
+        std::cerr << "qibosl demo: no message catalog " << (messages / "demo.cat").string()
+                  << " (the build compiles it from demo.msg)\n";
+        return 1;
+    }
+    std::cout << (text("demo_title") << std::filesystem::absolute(installation).string()).Text() << "\n";
 
-    section("versions");
+    section(text("demo_section_versions").Text());
     QibVr_Versions::Instance().Register("qibosl", "qibosl " OSL_VERSION_STRING);
     std::cout << QibVr_Versions::Instance().ToString("qibosl");
 
-    section("logging through a function channel");
+    section(text("demo_section_logging").Text());
     CLog* log = CLog::Instance();
     log->SetProcessName("qibosl");
     log->SetFunctionChannel(toScreen, SevInfo, "*, ~noise", false);
     CLogMsg msg("demo", "", SevInfo);
-    msg << "the library is started; this line went through the function channel" << flush;
-    msg.Sev(SevWarning).Category("disk") << "a warning in category disk" << flush;
-    OSL_LOG(SevInfo, "noise", "demo") << "never shown: the channel refuses the category noise";
+    msg << text("demo_log_started").Text() << flush;
+    msg.Sev(SevWarning).Category("disk") << text("demo_log_warning").Text() << flush;
+    OSL_LOG(SevInfo, "noise", "demo") << text("demo_log_refused").Text();
     try {
-        throw QIBError("Cannot open the report", 2, 8, "tools/qibosl/cmd_demo", 48);
+        throw QIBError(text("demo_log_error").Text(), 2, 8, "tools/qibosl/cmd_demo", 48);
     } catch (const QIBError& e) {
         OSL_LOG(SevError, "", "demo") << e;
     }
-    OslLogPrint(SevSystem, "", "demo", "OslLogPrint writes through the same channels");
+    OslLogPrint(SevSystem, "", "demo", text("demo_log_print").Text().c_str());
 
+    demoMessagesAndCommandLine();
     demoText();
     demoEnvironment(installation);
     return 0;

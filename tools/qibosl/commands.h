@@ -2,15 +2,30 @@
 // The subcommands of qibosl. Each returns the process exit status; a usage error throws UsageError.
 #pragma once
 
+#include <vum-qib-osl/cmdline/qib_command_line.h>
+
 #include <filesystem>
+#include <initializer_list>
 #include <iosfwd>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qibosl {
 
-using Args = std::vector<std::string>;
+/// The arguments after the subcommand's name, as QIBCommandLine gives them: options joined into
+/// -NAME=value elements ("-from = x" and "-from= x" become "-from=x"), bare words as they are.
+class Args : public std::vector<std::string> {
+public:
+    using std::vector<std::string>::vector;
+
+    /// The elements as a command line, for look-ups by option name (-from finds -FROM=x).
+    QIBCommandLine options() const;
+    /// The bare words, in order. Throws UsageError for an option whose name is not in `allowed`
+    /// (names with their dash, any case) or that lacks its value.
+    std::vector<std::string> operands(std::initializer_list<std::string_view> allowed = {}) const;
+};
 
 /// Bad subcommand or arguments: main prints the usage on standard error and exits with 2.
 class UsageError : public std::runtime_error {
@@ -18,8 +33,15 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Prints qibosl's usage text for the given usage sets (all commands when empty) from its catalog.
+void printUsage(std::ostream& out, const std::vector<std::string>& sets);
+
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
+int cmdCatalog(const Args& args);
+int cmdUsage(const Args& args);
+int cmdConvert(const Args& args);
+int cmdEncodings(const Args& args);
 
 // Environment and installation directories (cmd_env.cpp).
 int cmdEnv(const Args& args);

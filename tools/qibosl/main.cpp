@@ -1,51 +1,104 @@
 // tools/qibosl/main.cpp
-// Dispatch of the subcommands and the usage text.
+// Dispatch of the subcommands and the usage text, which comes from qibosl's own catalog.
 #include <vum-qib-osl/osl.h>
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "tools/qibosl/commands.h"
 
 namespace {
 
+// One entry per subcommand. `usageSet` names the set of its line in qibosl.msg ("SET_x4_1", see the
+// README); while the catalog has no line for it, the text of `usageSet` itself is shown.
 struct Command {
     const char* name;
-    const char* synopsis;
+    const char* usageSet;
     int (*run)(const qibosl::Args&);
 };
 
 constexpr Command kCommands[] = {
-    {"version", "version                 the versions of every registered component", qibosl::cmdVersion},
-    {"demo", "demo [INSTALLATION]     run the demonstration on an installation directory", qibosl::cmdDemo},
-    {"env", "env [NAME]              the environment, or one variable with its status", qibosl::cmdEnv},
-    {"dirs", "dirs [VARIABLE...]      the installation directories (root from DECOLLATOR_DIR) and temp", qibosl::cmdDirs},
+    {"version", "version", qibosl::cmdVersion},
+    {"demo", "demo", qibosl::cmdDemo},
+    {"catalog", "catalog", qibosl::cmdCatalog},
+    {"usage", "usage", qibosl::cmdUsage},
+    {"convert", "convert", qibosl::cmdConvert},
+    {"encodings", "encodings", qibosl::cmdEncodings},
+    {"env", "env", qibosl::cmdEnv},
+    {"dirs", "dirs", qibosl::cmdDirs},
 };
 
-void printUsage(std::ostream& out) {
-    out << "usage: qibosl COMMAND [ARGUMENTS]\n\ncommands:\n";
-    for (const Command& c : kCommands) out << "  " << c.synopsis << "\n";
+// The compiled catalog sits next to the program in the build tree and under share/ once installed.
+std::filesystem::path findCatalog() {
+    std::error_code ec;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (ec) return {};
+    const std::filesystem::path dir = program.parent_path();
+    for (const std::filesystem::path& candidate :
+         {dir / "qibosl.cat", dir.parent_path() / "share" / "vum-qib-osl" / "qibosl.cat"}) {
+        if (std::filesystem::is_regular_file(candidate, ec)) return candidate;
+    }
+    return {};
 }
+
+// The line list of `qibosl NAME ...` from the program's arguments.
+class ProgramLine : public QIBCommandLine {
+public:
+    ProgramLine(int argc, char** argv) { Init(argc, argv); }
+    /// Takes the first element (the subcommand) off the queue; empty when there is none.
+    std::string takeFirst() {
+        if (m_Pending.empty()) return {};
+        std::string first = m_Pending.front();
+        m_Pending.pop_front();
+        return first;
+    }
+    qibosl::Args rest() const { return qibosl::Args(m_Pending.begin(), m_Pending.end()); }
+};
 
 }  // namespace
 
+void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets) {
+    std::vector<std::string> shown = sets;
+    if (shown.empty()) {
+        for (const Command& c : kCommands) shown.emplace_back(c.usageSet);
+    }
+    // Loaded only now: a catalog that `qibosl usage` reads must not meet our keys first.
+    const std::filesystem::path catalog = findCatalog();
+    if (catalog.empty() || !SingleMapFileMT::Instance()->AppendMap(catalog.string())) {
+        out << "usage: qibosl COMMAND [ARGUMENTS]\n\ncommands:";
+        for (const Command& c : kCommands) out << " " << c.name;
+        out << "\n(the usage texts are missing: no readable qibosl.cat beside the program or in "
+               "../share/vum-qib-osl)\n";
+        return;
+    }
+    // A subcommand whose line is not in the catalog yet shows its set's text as it is, so that an
+    // entry written {"name", "synopsis   description", function} still has a usage line.
+    for (const std::string& set : shown) {
+        if (!SingleMapFileMT::Instance()->HasEntry(set + "_x4_1")) SingleMapFileMT::Instance()->Insert(set + "_x4_1", set);
+    }
+    DisplayUsage(out, shown, "");
+}
+
 int main(int argc, char** argv) {
     InitOSL();
-    if (argc < 2) {
-        printUsage(std::cerr);
+    ProgramLine line(argc, argv);
+    const std::string name = line.takeFirst();
+    if (name.empty()) {
+        qibosl::printUsage(std::cerr, {});
         return 2;
     }
-    const std::string name = argv[1];
     if (name == "help" || name == "-h" || name == "--help") {
-        printUsage(std::cout);
+        qibosl::printUsage(std::cout, {});
         return 0;
     }
     for (const Command& c : kCommands) {
         if (name != c.name) continue;
         try {
-            return c.run(qibosl::Args(argv + 2, argv + argc));
+            return c.run(line.rest());
         } catch (const qibosl::UsageError& e) {
             std::cerr << "qibosl " << name << ": " << e.what() << "\n\n";
-            printUsage(std::cerr);
+            qibosl::printUsage(std::cerr, {c.usageSet});
             return 2;
         } catch (const QIBError& e) {
             std::cerr << "qibosl " << name << ": " << e << "\n";
@@ -56,6 +109,6 @@ int main(int argc, char** argv) {
         }
     }
     std::cerr << "qibosl: unknown command '" << name << "'\n\n";
-    printUsage(std::cerr);
+    qibosl::printUsage(std::cerr, {});
     return 2;
 }

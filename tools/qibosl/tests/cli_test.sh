@@ -25,8 +25,35 @@ check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
 check demo 0 "$qibosl" demo "$installation"
 grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
+grep -q '^	E0042 cannot open report.dat: permission denied (3 attempts)$' /tmp/qibosl-cli.$$.out ||
+    { echo "FAIL demo: message from the installation's catalog"; fail=1; }
 grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
-grep -q 'differs' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+
+# catalog compile / dump / usage
+tmp=$(mktemp -d)
+printf '# a comment\nusage_x1=Options:\nprog_x1_1=-in=FILE\\tinput\nusage_2=version %%1\nprog_2_1=7.1\nmulti=a\\nb\\x01 \xc3\xa9\n' >"$tmp/src.msg"
+check catalog-compile 0 "$qibosl" catalog compile "$tmp/src.msg" "$tmp/a.cat"
+check catalog-dump 0 "$qibosl" catalog dump "$tmp/a.cat"
+cp /tmp/qibosl-cli.$$.out "$tmp/dump.msg"
+grep -qx 'multi=a\\nb\\x01 é' "$tmp/dump.msg" || { echo "FAIL catalog-dump: escapes"; fail=1; }
+check catalog-recompile 0 "$qibosl" catalog compile "$tmp/dump.msg" "$tmp/b.cat"
+cmp -s "$tmp/a.cat" "$tmp/b.cat" || { echo "FAIL catalog: compile(dump(x)) differs from x"; fail=1; }
+printf 'ok=1\n\nbroken line\n' >"$tmp/bad.msg"
+check catalog-bad-source 1 "$qibosl" catalog compile "$tmp/bad.msg" "$tmp/c.cat"
+grep -q "bad.msg:3: no '=' between key and text" /tmp/qibosl-cli.$$.err || { echo "FAIL catalog: error line"; fail=1; }
+check catalog-dump-garbage 1 "$qibosl" catalog dump "$tmp/bad.msg"
+check catalog-no-args 2 "$qibosl" catalog
+check catalog-unknown-option 2 "$qibosl" catalog dump -x=1 "$tmp/a.cat"
+check usage 0 "$qibosl" usage "$tmp/a.cat" prog
+[ "$(cat /tmp/qibosl-cli.$$.out)" = "$(printf 'Options:\n\t-in=FILE\tinput\nversion 7.1')" ] || { echo "FAIL usage text"; cat /tmp/qibosl-cli.$$.out; fail=1; }
+check usage-message-path 0 env MESSAGE_PATH="$tmp" "$qibosl" usage a.cat prog
+check usage-missing-catalog 1 "$qibosl" usage "$tmp/none.cat" prog
+check usage-no-set 2 "$qibosl" usage "$tmp/a.cat"
+grep -q 'usage CATALOG SET' /tmp/qibosl-cli.$$.err || { echo "FAIL usage: own usage from the catalog"; fail=1; }
+check help 0 "$qibosl" help
+grep -q 'catalog dump FILE' /tmp/qibosl-cli.$$.out || { echo "FAIL help: usage texts missing"; fail=1; }
+rm -rf "$tmp"
 # env and dirs
 check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
 grep -qx 'QIBOSL_CLI_SET=value' /tmp/qibosl-cli.$$.out || { echo "FAIL env: set variable"; fail=1; }
@@ -46,5 +73,25 @@ check demo-env 0 "$qibosl" demo "$installation"
 grep -q 'GeneralConfiguration::Init on an unset variable throws the integer 2' /tmp/qibosl-cli.$$.out ||
     { echo "FAIL demo: environment section"; fail=1; }
 grep -q 'programm misc\\src\\dloadlib 76' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: dloadlib"; fail=1; }
+
+# convert and encodings
+tmp=$(mktemp -d)
+check encodings 0 "$qibosl" encodings
+grep -q '^Latin1  *ISO 8859-1' /tmp/qibosl-cli.$$.out || { echo "FAIL encodings: Latin1 with its description"; fail=1; }
+printf 'caf\xe9\n' >"$tmp/latin1.txt"
+check convert-file 0 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/latin1.txt"
+[ "$(od -An -tx1 /tmp/qibosl-cli.$$.out | tr -d ' \n')" = "636166c3a90a" ] || { echo "FAIL convert: Latin1 to UTF-8"; fail=1; }
+# Characters cut by the 64 KiB chunks of the stream must come through whole.
+python3 -c "import sys; sys.stdout.buffer.write(b'x' + ('日本語、abc\n' + 'カタカナ' * 40).encode() * 700)" >"$tmp/ja.txt"
+"$qibosl" convert -from = UTF-8 -to= MS932 <"$tmp/ja.txt" >"$tmp/ja.sjis" &&
+    "$qibosl" convert -from=MS932 -to=UTF-8 "$tmp/ja.sjis" | cmp -s - "$tmp/ja.txt" ||
+    { echo "FAIL convert: UTF-8 -> MS932 -> UTF-8 through stdin and a file"; fail=1; }
+check convert-unknown-encoding 2 "$qibosl" convert -from=Latin1 -to=no-such-encoding "$tmp/latin1.txt"
+grep -q "unknown encoding 'no-such-encoding'" /tmp/qibosl-cli.$$.err || { echo "FAIL convert: unknown encoding text"; fail=1; }
+check convert-missing-option 2 "$qibosl" convert -from=Latin1 "$tmp/latin1.txt"
+check convert-missing-file 1 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/none.txt"
+printf 'ok\xff\n' >"$tmp/bad.txt"
+check convert-illegal-input 1 "$qibosl" convert -from=UTF-8 -to=Latin1 "$tmp/bad.txt"
+rm -rf "$tmp"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail

@@ -1,0 +1,101 @@
+// cmdline/tests/cmd_line_test.cpp
+#include <vum-qib-osl/cmdline/cmd_line.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Tokens = std::vector<std::pair<CmdLine::TKind, std::string>>;
+
+Tokens scan(CmdLine& line, bool compact = false) {
+    Tokens tokens;
+    for (CmdLine::TKind kind = line.NextToken(compact); kind != CmdLine::tkEnd; kind = line.NextToken(compact)) {
+        tokens.emplace_back(kind, line.CurrentToken());
+    }
+    return tokens;
+}
+
+TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
+    struct Case {
+        const char* text;
+        Tokens expected;
+    };
+    const Case cases[] = {
+        {"-out=file.txt in", {{CmdLine::tkOption, "Out"}, {CmdLine::tkValue, "file.txt"}, {CmdLine::tkWord, "in"}}},
+        {"-name", {{CmdLine::tkOption, "Name"}}},
+        {"--x", {{CmdLine::tkOption, "-x"}}},
+        {"= v", {{CmdLine::tkValue, "v"}}},
+        {"a=b", {{CmdLine::tkWord, "a"}, {CmdLine::tkValue, "b"}}},
+        {"a-b \t- c", {{CmdLine::tkWord, "a-b"}, {CmdLine::tkOption, "C"}}},
+        {"", {}},
+        {" \t ", {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        CmdLine line(c.text);
+        EXPECT_EQ(line.GetKind(), CmdLine::tkNone);
+        EXPECT_EQ(scan(line), c.expected);
+    }
+}
+
+TEST(CmdLineTest, ArgumentsAreJoinedWithLeadingBlanks) {
+    char prog[] = "prog", a[] = "-a", b[] = "b";
+    char* argv[] = {prog, a, b};
+    CmdLine line(3, argv);
+    EXPECT_STREQ(line.GetLine(), " -a b");
+    EXPECT_EQ(scan(line), (Tokens{{CmdLine::tkOption, "A"}, {CmdLine::tkWord, "b"}}));
+}
+
+TEST(CmdLineTest, EndIsStickyUntilReset) {
+    CmdLine line("w");
+    scan(line);
+    EXPECT_EQ(line.NextToken(false), CmdLine::tkEnd);
+    EXPECT_EQ(line.NextToken(true), CmdLine::tkEnd);
+    line.Reset();
+    EXPECT_EQ(line.NextToken(false), CmdLine::tkWord);
+    EXPECT_STREQ(line.CurrentToken(), "w");
+}
+
+TEST(CmdLineTest, CompactingRemovesConsumedTokens) {
+    CmdLine line("-a b c");
+    EXPECT_EQ(line.NextToken(true), CmdLine::tkOption);
+    EXPECT_STREQ(line.GetLine(), "-a b c");
+    EXPECT_EQ(line.NextToken(true), CmdLine::tkWord);
+    EXPECT_STREQ(line.GetLine(), " b c");
+    EXPECT_STREQ(line.CurrentToken(), "b");
+    EXPECT_EQ(line.NextToken(true), CmdLine::tkWord);
+    EXPECT_STREQ(line.GetLine(), " c");
+    EXPECT_EQ(line.NextToken(true), CmdLine::tkEnd);
+    EXPECT_STREQ(line.GetLine(), "");
+    line.Reset();  // scans what is left, not the text first given
+    EXPECT_EQ(line.NextToken(false), CmdLine::tkEnd);
+}
+
+TEST(CmdLineTest, LongTokensAreCutTo499Characters) {
+    const std::string longWord(700, 'w');
+    CmdLine line(("-" + longWord + " next").c_str());
+    ASSERT_EQ(line.NextToken(false), CmdLine::tkOption);
+    const std::string token = line.CurrentToken();
+    EXPECT_EQ(token, "W" + std::string(498, 'w'));
+    ASSERT_EQ(line.NextToken(false), CmdLine::tkWord);  // the scan itself is not cut
+    EXPECT_STREQ(line.CurrentToken(), "next");
+}
+
+TEST(CmdLineTest, CopiesScanOnFromTheSamePlace) {
+    CmdLine line("a b c");
+    line.NextToken(false);
+    CmdLine copy("x");
+    copy = line;
+    EXPECT_EQ(copy.NextToken(false), CmdLine::tkWord);
+    EXPECT_STREQ(copy.CurrentToken(), "b");
+    EXPECT_EQ(line.NextToken(false), CmdLine::tkWord);
+    EXPECT_STREQ(line.CurrentToken(), "b");
+    CmdLine constructed(copy);
+    EXPECT_EQ(scan(constructed), (Tokens{{CmdLine::tkWord, "c"}}));
+}
+
+}  // namespace

@@ -1,0 +1,220 @@
+// cmdline/tests/qib_command_line_test.cpp
+#include <vum-qib-osl/cmdline/qib_command_line.h>
+
+#include <vum-qib-osl/message/map_file.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/scoped_unicode_mode.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// Exposes the queue for checking.
+class TestLine : public QIBCommandLine {
+public:
+    Strings pending() const { return {m_Pending.begin(), m_Pending.end()}; }
+    Strings history() const { return {m_History.begin(), m_History.end()}; }
+};
+
+TestLine initNarrow(Strings args) {
+    std::vector<char*> argv;
+    for (std::string& a : args) argv.push_back(a.data());
+    TestLine line;
+    line.Init(static_cast<int>(argv.size()), argv.data());
+    return line;
+}
+
+TestLine initWide(const std::vector<std::u16string>& args) {
+    std::vector<std::u16string> copies = args;
+    std::vector<char16_t*> argv;
+    for (std::u16string& a : copies) argv.push_back(a.data());
+    TestLine line;
+    line.Init(static_cast<int>(argv.size()), argv.data());
+    return line;
+}
+
+TEST(QIBCommandLineTest, InitJoinsOptionsWithTheirValues) {
+    struct Case {
+        Strings args;
+        Strings pending;
+    };
+    const Case cases[] = {
+        {{"prog", "-OUT", "=", "file"}, {"-OUT=file"}},
+        {{"prog", "-OUT=", "file"}, {"-OUT=file"}},
+        {{"prog", "-OUT=file"}, {"-OUT=file"}},
+        {{"prog", "-OUT", "file"}, {"-OUT", "file"}},
+        {{"prog", "-x", "=", "-1"}, {"-x", "=", "-1"}},
+        {{"prog", "-x=", "-y"}, {"-x=", "-y"}},
+        {{"prog", "-x", "=v"}, {"-x=v"}},
+        {{"prog", "-x", "=v", "w"}, {"-x", "=v", "w"}},
+        {{"prog", "-x", "="}, {"-x="}},
+        {{"prog", "-a=1", "=2"}, {"-a=1", "=2"}},
+        {{"prog", "", "-a"}, {"-a"}},
+        {{"prog"}, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.args));
+        TestLine line = initNarrow(c.args);
+        EXPECT_EQ(line.pending(), c.pending);
+        EXPECT_EQ(line.GetArg0(), "prog");
+    }
+}
+
+TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsAndNarrowsBytewise) {
+    TestLine line = initWide({u"prog", u"", u"-a"});
+    EXPECT_EQ(line.pending(), (Strings{"", "-a"}));
+    EXPECT_EQ(line.GetArg0(), "prog");
+    // Both bytes of U+4142 are non-zero: each byte starts a run, so they repeat.
+    TestLine odd = initWide({u"p", u"\u4142c"});
+    EXPECT_EQ(odd.pending(), (Strings{"BAcAcc"}));
+}
+
+TEST(QIBCommandLineTest, UnicodeModeConvertsArgumentsToUtf8AndUpperCasesNames) {
+    osl::test::ScopedUnicodeMode mode(true, "Latin1", "Latin1");
+    TestLine narrow = initNarrow({"p", "-\xFC" "ber=\xE9" "t\xE9"});  // Latin-1 from the file system
+    EXPECT_EQ(narrow.pending(), Strings{"-\xC3\xBC" "ber=\xC3\xA9" "t\xC3\xA9"});
+    std::string name, value;
+    ASSERT_TRUE(narrow.ReadOption(name, value));
+    EXPECT_EQ(name, "-\xC3\x9C" "BER");
+    EXPECT_EQ(value, "\xC3\xA9" "t\xC3\xA9");
+
+    TestLine wide = initWide({u"p", u"-\u00fcber=\u4142", u""});
+    EXPECT_EQ(wide.pending(), (Strings{"-\xC3\xBC" "ber=\xE4\x85\x82", ""}));
+    EXPECT_EQ(wide.GetOptionValue("-\xC3\xBC" "BER"), "\xE4\x85\x82");
+}
+
+TEST(QIBCommandLineTest, InitOnAUsedObjectAppends) {
+    TestLine line = initNarrow({"p1", "-a"});
+    char p2[] = "p2", b[] = "-b";
+    char* argv[] = {p2, b};
+    line.Init(2, argv);
+    EXPECT_EQ(line.pending(), (Strings{"-a", "-b"}));
+    EXPECT_EQ(line.GetArg0(), "p2");
+}
+
+TEST(QIBCommandLineTest, ReadAndPeekSplitNameAndValue) {
+    TestLine line = initNarrow({"p", "-out=a=b", "file.txt"});
+    std::string name = "old", value = "old";
+    ASSERT_TRUE(line.PeakOption(name, value));
+    EXPECT_EQ(name, "-OUT");
+    EXPECT_EQ(value, "a=b");
+    ASSERT_TRUE(line.ReadOption(name, value));
+    ASSERT_TRUE(line.ReadOption(name, value));
+    EXPECT_EQ(name, "");
+    EXPECT_EQ(value, "file.txt");
+    EXPECT_FALSE(line.IsMore());
+    name = value = "kept";
+    EXPECT_FALSE(line.ReadOption(name, value));
+    EXPECT_FALSE(line.PeakOption(name, value));
+    EXPECT_EQ(name + value, "keptkept");
+    EXPECT_EQ(line.history(), (Strings{"-out=a=b", "file.txt"}));
+}
+
+TEST(QIBCommandLineTest, ResetAppendsTheWholeHistoryEachTime) {
+    TestLine line = initNarrow({"p", "-a", "-b", "-c"});
+    std::string name, value;
+    line.ReadOption(name, value);
+    line.ReadOption(name, value);
+    line.Reset();
+    EXPECT_EQ(line.pending(), (Strings{"-c", "-a", "-b"}));
+    line.Reset();
+    EXPECT_EQ(line.pending(), (Strings{"-c", "-a", "-b", "-a", "-b"}));
+}
+
+TEST(QIBCommandLineTest, LookupsIgnoreCaseOfNames) {
+    TestLine line = initNarrow({"p", "-v=1", "-OUT=x", "word", "-out=", "-out=y"});
+    EXPECT_TRUE(line.HasOption("-v"));
+    EXPECT_FALSE(line.HasFlag("-v"));
+    EXPECT_TRUE(line.HasFlag("-Out"));  // -out= has an empty value
+    EXPECT_EQ(line.GetOptionValue("-out"), "x");
+    EXPECT_EQ(line.GetOptionValues("-OUT"), (Strings{"x", "", "y"}));
+    EXPECT_EQ(line.GetOptionValues("-none"), Strings{});
+    EXPECT_EQ(line.GetOptionValues(""), Strings{"word"});  // bare words have an empty name
+
+    std::string value = "old";
+    EXPECT_FALSE(line.FindAndPeekOption("-missing", value));
+    EXPECT_EQ(value, "");
+    ASSERT_TRUE(line.FindAndReadOption("-out", value));
+    EXPECT_EQ(value, "x");
+    EXPECT_EQ(line.history(), Strings{"-OUT=x"});
+
+    line.RemoveOption("-out", false);
+    EXPECT_EQ(line.pending(), (Strings{"-v=1", "word", "-out=y"}));
+    line.PushOption("-k", "");
+    line.PushOption("-out", "z");
+    EXPECT_TRUE(line.HasFlag("-K"));
+    line.RemoveOption("-OUT", true);
+    EXPECT_EQ(line.pending(), (Strings{"-v=1", "word", "-k="}));
+    EXPECT_EQ(line.history(), Strings{"-OUT=x"});
+}
+
+TEST(QIBCommandLineTest, TextForms) {
+    TestLine line = initNarrow({"p", "-a", "b"});
+    EXPECT_EQ(line.tos(), "-a b");
+    std::ostringstream out;
+    out << line;
+    EXPECT_EQ(out.str(), "-a, b, ");
+    EXPECT_EQ(TestLine().tos(), "");
+    QIBCommandLine copy(line);
+    EXPECT_EQ(copy.tos(), "-a b");
+}
+
+// The process-wide catalog keeps the first text of a key: each test starts it afresh.
+class DisplayUsageTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(SingleMapFileMT::Instance()->LoadMap(catalog({}))); }
+    std::string catalog(const MapFile::Entries& entries) {
+        MapFile map;
+        for (const auto& [key, text] : entries) map.Insert(key, text);
+        const std::string path = dir_.file("usage" + std::to_string(++count_) + ".cat");
+        EXPECT_TRUE(map.StoreMap(path));
+        return path;
+    }
+    osl::test::TempDir dir_;
+    int count_ = 0;
+};
+
+TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
+    const std::string path = catalog({
+        {"usage_x1", "Options:"},
+        {"myprog_x1_1", "-in=FILE input"},
+        {"myprog_x1_2", "-out=FILE output"},
+        {"other_x1_1", "-v verbose"},
+        {"usage_2", "version %1 of %2"},
+        {"myprog_2_1", "7.1"},
+        {"other_2_1", "9"},
+        {"usage_x3", "never shown"},  // no set has entries under it
+    });
+    struct Case {
+        Strings sets;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {{"myprog"}, "Options:\n\t-in=FILE input\n\t-out=FILE output\nversion 7.1 of \n"},
+        {{"other", "myprog"}, "Options:\n\t-v verbose\nOptions:\n\t-in=FILE input\n\t-out=FILE output\nversion 9 of 7.1\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.sets));
+        std::ostringstream out;
+        EXPECT_TRUE(DisplayUsage(out, c.sets, path));
+        EXPECT_EQ(out.str(), c.expected);
+    }
+    std::ostringstream out;
+    EXPECT_TRUE(DisplayUsage(out, "nobody", ""));
+    EXPECT_EQ(out.str(), "version  of \n");
+}
+
+TEST_F(DisplayUsageTest, WithoutUsageKeysWritesNothing) {
+    std::ostringstream out;
+    EXPECT_TRUE(DisplayUsage(out, "prog", catalog({{"prog_x1_1", "orphan"}})));
+    EXPECT_EQ(out.str(), "");
+}
+
+}  // namespace

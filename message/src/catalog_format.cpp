@@ -1,0 +1,114 @@
+// message/src/catalog_format.cpp
+// Catalog files. The reader trusts nothing in the file: every count and length is checked
+// against the bytes that remain before anything is allocated for it.
+#include "message/src/catalog_format.h"
+
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/strings/utf8_string.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace osl::detail {
+namespace {
+
+class Reader {
+public:
+    explicit Reader(std::string_view bytes) : rest_(bytes) {}
+
+    bool u32(std::uint32_t& value) {
+        if (rest_.size() < 4) return false;
+        value = 0;
+        for (int i = 3; i >= 0; --i) value = (value << 8) | static_cast<unsigned char>(rest_[i]);
+        rest_.remove_prefix(4);
+        return true;
+    }
+
+    bool string(std::string& value) {
+        std::uint32_t size = 0;
+        if (!u32(size) || size > rest_.size()) return false;
+        value.assign(rest_.data(), size);
+        rest_.remove_prefix(size);
+        return true;
+    }
+
+    std::size_t remaining() const { return rest_.size(); }
+
+private:
+    std::string_view rest_;
+};
+
+void putU32(std::string& out, std::uint32_t value) {
+    for (int i = 0; i < 4; ++i) out += static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+
+void putString(std::string& out, std::string_view text) {
+    putU32(out, static_cast<std::uint32_t>(text.size()));
+    out.append(text);
+}
+
+// A pair takes at least two length fields.
+constexpr std::size_t kSmallestPair = 8;
+
+}  // namespace
+
+bool parseCatalog(std::string_view bytes, std::map<std::string, std::string>& entries) {
+    Reader in(bytes);
+    std::string className;
+    std::uint32_t classNumber = 0;
+    if (!in.string(className) || className != kCatalogClassName) return false;
+    if (!in.u32(classNumber) || classNumber != kCatalogClassNumber) return false;
+    std::uint32_t count = 0;
+    if (!in.u32(count) || count > in.remaining() / kSmallestPair) return false;
+    std::string key;
+    std::string text;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (!in.string(key) || !in.string(text)) return false;
+        entries.emplace(key, text);
+    }
+    return in.remaining() == 0;
+}
+
+std::string serializeCatalog(const std::map<std::string, std::string>& entries) {
+    std::string out;
+    putString(out, kCatalogClassName);
+    putU32(out, kCatalogClassNumber);
+    putU32(out, static_cast<std::uint32_t>(entries.size()));
+    for (const auto& [key, text] : entries) {
+        putString(out, key);
+        putString(out, text);
+    }
+    return out;
+}
+
+bool readCatalogFile(const std::string& fileName, std::map<std::string, std::string>& entries) {
+    // The streams convert the name themselves; the size check needs the name on the file system.
+    const std::string nativeName = Osl_UTF8String(fileName).ToCurrentFSEncoding();
+    std::error_code ec;
+    // Only regular files: a device or a pipe could feed us without end.
+    if (!std::filesystem::is_regular_file(nativeName, ec)) return false;
+    const std::uintmax_t size = std::filesystem::file_size(nativeName, ec);
+    if (ec) return false;
+    Osl_Ifstream in(fileName, std::ios::binary);
+    if (!in) return false;
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (static_cast<std::uintmax_t>(in.gcount()) != size || in.peek() != std::ifstream::traits_type::eof()) {
+        return false;  // the file changed size under us
+    }
+    std::map<std::string, std::string> read;
+    if (!parseCatalog(bytes, read)) return false;
+    entries.merge(read);
+    return true;
+}
+
+bool writeCatalogFile(const std::string& fileName, const std::map<std::string, std::string>& entries) {
+    Osl_Ofstream out(fileName, std::ios::binary | std::ios::trunc);
+    if (!out) return false;
+    const std::string bytes = serializeCatalog(entries);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    return !out.fail();
+}
+
+}  // namespace osl::detail
