@@ -10,3 +10,7 @@
 #include <vum-qib-osl/log/channel.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/log/log_msg.h>
+
+#include <vum-qib-osl/strings/unicode_configuration.h>
+#include <vum-qib-osl/strings/unicode_converter.h>
+#include <vum-qib-osl/strings/utf8_string.h>
