@@ -14,3 +14,7 @@
 #include <vum-qib-osl/strings/unicode_configuration.h>
 #include <vum-qib-osl/strings/unicode_converter.h>
 #include <vum-qib-osl/strings/utf8_string.h>
+
+#include <vum-qib-osl/strings/auto_edit_string.h>
+#include <vum-qib-osl/strings/regular_expression.h>
+#include <vum-qib-osl/strings/wildcard_string.h>
