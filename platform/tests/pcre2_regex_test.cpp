@@ -75,7 +75,10 @@ TEST(Pcre2RegexTest, ValidationCountsEveryByteItChecks) {
     const Case cases[] = {{"\xc0\xaf", false},          {"\xe0\x80\xaf", false},  // overlong
                           {"\xed\xa0\x80", false},                                // surrogate
                           {"\xf4\x90\x80\x80", false},                            // above U+10FFFF
-                          {"\xf0\x9f\x98\x80", true},   {"\xe2\x82", false},  {"\x80", false}};
+                          {"\xf0\x9f\x98\x80", true},   {"\xe2\x82", false},  {"\x80", false},
+                          // behind whole blocks of eight ASCII bytes
+                          {"abcdefgh\xff", false}, {"abcdefghijklmnop\xc3", false},
+                          {"abcdefgh\xc3\xa9" "abcdefgh", true}, {"abcdefg\xc3\xa9" "bcdefgh\xed\xbf\xbf", false}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.bytes);
         EXPECT_EQ(isValidUtf8(c.bytes, std::char_traits<char>::length(c.bytes)), c.valid);

@@ -18,5 +18,7 @@ public:
 
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
+int cmdMatch(const Args& args);
+int cmdAutoEdit(const Args& args);
 
 }  // namespace qibosl

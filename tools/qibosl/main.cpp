@@ -17,6 +17,13 @@ struct Command {
 constexpr Command kCommands[] = {
     {"version", "version                 the versions of every registered component", qibosl::cmdVersion},
     {"demo", "demo [INSTALLATION]     run the demonstration on an installation directory", qibosl::cmdDemo},
+    {"match", "match [-i] [-u] PATTERN [FILE]\n"
+              "                          print the lines a regular expression finds (-i ignore case,\n"
+              "                          -u UTF-8 text); status 1 when none, 2 on a bad pattern",
+     qibosl::cmdMatch},
+    {"autoedit", "autoedit [-w] TEXT [NAME=VALUE]...\n"
+                 "                          resolve the %%name variables of TEXT (-w keep the columns)",
+     qibosl::cmdAutoEdit},
 };
 
 void printUsage(std::ostream& out) {
