@@ -52,8 +52,10 @@ public:
     /// not_found() when there is none, when pos lies beyond s, when the span is empty or on an
     /// error (invalid UTF-8 in Unicode mode, pos inside a character, engine limits). Text
     /// before pos is seen by lookbehind; ^ matches only at the start of s.
-    /// A loop over one unchanged subject checks its UTF-8 once: a search from pos 0, or on
-    /// another string or size, checks again.
+    /// The UTF-8 of a subject is checked once per loop, not at every call: a search from pos 0,
+    /// or on a string at another address or of another size, checks again; a search from
+    /// further on in the same string relies on the earlier check (bytes changed in between
+    /// are matched safely, an invalid sequence then simply matches nothing).
     range search(const std::string& s, std::size_t pos = 0, std::size_t len = npos);
     /// As search, giving the length in bytes of the match (0 for an empty match), -1 when
     /// nothing matched and -2 on an error or when nothing is compiled.
