@@ -124,7 +124,7 @@ void searchStdRegex(benchmark::State& state) {
 
 BENCHMARK_CAPTURE(searchOsl, utf8, true)->Name("regex_search_16mb_utf8/osl")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(searchPcre2, utf8, true)->Name("regex_search_16mb_utf8/pcre2_jit")->Unit(benchmark::kMillisecond);
-BENCHMARK(searchStdRegex)->Name("regex_search_16mb_utf8/std_regex")->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(searchStdRegex)->Name("regex_search_16mb_utf8/std_regex")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(searchOsl, bytes, false)->Name("regex_search_16mb_legacy/osl")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(searchPcre2, bytes, false)->Name("regex_search_16mb_legacy/pcre2_jit")->Unit(benchmark::kMillisecond);
 
@@ -143,7 +143,7 @@ const std::vector<std::string>& fileNames() {
 
 
 void wildcardOsl(benchmark::State& state) {
-    WildcardString w("*-??.csv", true);
+    WildcardString w("*.t?t", true);
     std::size_t found = 0;
     for (auto _ : state) {
         found = 0;
@@ -158,7 +158,7 @@ void wildcardFnmatch(benchmark::State& state) {
     std::size_t found = 0;
     for (auto _ : state) {
         found = 0;
-        for (const std::string& name : fileNames()) found += fnmatch("*-??.csv", name.c_str(), 0) == 0 ? 1 : 0;
+        for (const std::string& name : fileNames()) found += fnmatch("*.t?t", name.c_str(), 0) == 0 ? 1 : 0;
         benchmark::DoNotOptimize(found);
     }
     state.counters["matched"] = static_cast<double>(found);
