@@ -9,13 +9,12 @@
 #include <string>
 
 #include "strings/patterns/src/date_format.h"
-#include "strings/patterns/tests/mode.h"
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/fake_clock.h"
 
 namespace {
 
-using osl::test::Mode;
-using osl::test::ScopedMode;
+using osl::test::ScopedUnicodeMode;
 
 // Exposes the protected parts that subclasses may call.
 class OpenAutoEdit : public QIBAutoEditString {
@@ -83,7 +82,7 @@ TEST(AutoEditStringTest, FixedWidthKeepsTheColumns) {
         EXPECT_EQ(resolve(c.pattern, false, {{"A", c.value}}), c.normal);
         EXPECT_EQ(resolve(c.pattern, true, {{"A", c.value}}), c.fixed);
     }
-    ScopedMode unicode(Mode::Unicode);
+    ScopedUnicodeMode unicode(true);
     EXPECT_EQ(resolve("%%A  |", true, {{"A", "\xc3\xa9t\xc3\xa9s"}}), "\xc3\xa9t\xc3\xa9s |");  // étés: 4 columns, one blank taken
     EXPECT_EQ(resolve("%%A|", true, {{"A", "\xc3\xa9t\xc3\xa9s"}}), "\xc3\xa9t\xc3\xa9|");
 }

@@ -8,18 +8,17 @@
 #include <string>
 
 #include "platform/pcre2_regex.h"
-#include "strings/patterns/tests/mode.h"
+#include "tests/support/scoped_unicode_mode.h"
 
 namespace {
 
-using osl::test::Mode;
-using osl::test::ScopedMode;
+using osl::test::ScopedUnicodeMode;
 using range = Osl_RegularExpression::range;
 constexpr std::size_t npos = std::string::npos;
 
-class RegularExpressionTest : public ::testing::TestWithParam<Mode> {
+class RegularExpressionTest : public ::testing::TestWithParam<bool> {  // Unicode mode?
 protected:
-    ScopedMode mode_{GetParam()};
+    ScopedUnicodeMode mode_{GetParam()};
 };
 
 TEST_P(RegularExpressionTest, SearchFindsByteRangesInsideTheSpan) {
@@ -144,10 +143,10 @@ TEST_P(RegularExpressionTest, IgnoringCaseSticksUntilSetOption) {
     EXPECT_EQ(re.match("xABC"), 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothModes, RegularExpressionTest, ::testing::Values(Mode::Legacy, Mode::Unicode));
+INSTANTIATE_TEST_SUITE_P(BothModes, RegularExpressionTest, ::testing::Bool());
 
 TEST(RegularExpressionModeTest, UnicodeModeMatchesUtf8Characters) {
-    ScopedMode unicode(Mode::Unicode);
+    ScopedUnicodeMode unicode(true);
     Osl_RegularExpression dot("^.$");
     EXPECT_EQ(dot.match("\xc3\xa9"), 2);                                    // é is one character
     Osl_RegularExpression caseless("\xc3\x89t\xc3\x89", true);              // ÉTÉ
@@ -161,7 +160,7 @@ TEST(RegularExpressionModeTest, UnicodeModeMatchesUtf8Characters) {
 }
 
 TEST(RegularExpressionModeTest, LegacyModeMatchesWindows1252Bytes) {
-    ScopedMode legacy(Mode::Legacy);
+    ScopedUnicodeMode legacy(false);
     Osl_RegularExpression dot("^.$");
     EXPECT_EQ(dot.match("\xc3\xa9"), -1) << "two bytes are two characters";
     Osl_RegularExpression caseless("\xc9t\xc9", true);  // ÉTÉ
@@ -173,7 +172,7 @@ TEST(RegularExpressionModeTest, LegacyModeMatchesWindows1252Bytes) {
 }
 
 TEST(RegularExpressionModeTest, RepeatedSearchesCheckTheSubjectOnce) {
-    ScopedMode unicode(Mode::Unicode);
+    ScopedUnicodeMode unicode(true);
     std::string subject;
     for (int i = 0; i < 20000; ++i) subject += "line \xc3\xa9t\xc3\xa9 x=" + std::to_string(i) + "\n";
     Osl_RegularExpression re("x=[0-9]+");

@@ -7,12 +7,11 @@
 
 #include <string>
 
-#include "strings/patterns/tests/mode.h"
+#include "tests/support/scoped_unicode_mode.h"
 
 namespace {
 
-using osl::test::Mode;
-using osl::test::ScopedMode;
+using osl::test::ScopedUnicodeMode;
 
 TEST(WildcardStringTest, TranslationEscapesAndAnchors) {
     struct Case {
@@ -87,12 +86,12 @@ TEST(WildcardStringTest, IgnoringCaseSticksAcrossSetCase) {
 
 TEST(WildcardStringTest, NonAsciiNamesInBothModes) {
     {
-        ScopedMode unicode(Mode::Unicode);
+        ScopedUnicodeMode unicode(true);
         WildcardString w("r\xc3\xa9sum\xc3\xa9?.txt", false);  // résumé?.txt
         EXPECT_TRUE(w.Match("R\xc3\x89SUM\xc3\x89\xc3\xa9.TXT"));  // one ? takes the two bytes of é
         EXPECT_THROW(WildcardString("\xc3*"), QIBError);
     }
-    ScopedMode legacy(Mode::Legacy);
+    ScopedUnicodeMode legacy(false);
     WildcardString w("r\xe9sum\xe9?.txt", false);
     EXPECT_TRUE(w.Match("R\xc9SUM\xc9\xe9.TXT"));
     EXPECT_FALSE(w.Match("R\xc9SUM\xc9\xc3\xa9.TXT"));
