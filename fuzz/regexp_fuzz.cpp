@@ -47,6 +47,21 @@ void runRegex(const std::string& pattern, const std::string& subject, bool ignor
     check(count <= subject.size() + 1);
     if (count == 0) check(copy == subject);
     if (!all) check(count <= 1);
+
+    // replace must give what a loop of searches and in-place replacements gives, whichever
+    // way it takes internally.
+    std::string expected = subject;
+    std::size_t expectedCount = 0;
+    for (std::size_t from = 0, end = expected.size(); from < end;) {
+        const Osl_RegularExpression::range r = re.search(expected, from, end - from);
+        if (r == Osl_RegularExpression::not_found() || r.first == r.second) break;
+        expected.replace(r.first, r.second - r.first, "<>");
+        ++expectedCount;
+        end = end - (r.second - r.first) + 2;
+        from = r.first + 2;
+        if (!all) break;
+    }
+    check(copy == expected && count == expectedCount);
 }
 
 void runWildcard(const std::string& wildcard, const std::string& subject, bool caseSensitive) {
