@@ -32,18 +32,23 @@ inline bool asciiWord(const char* p) {
     return (word & 0x8080808080808080ULL) == 0;
 }
 
-// Steps from byte i towards limit (at most n, the length), counting characters; stops at the first
+// Steps from byte i towards limit (at most the length), counting characters; stops at the first
 // step that reaches or passes limit. Runs of ASCII are stepped eight bytes at a time.
 inline size_t countSteps(const char* data, size_t& i, size_t limit) {
     size_t count = 0;
+    const auto* s = reinterpret_cast<const unsigned char*>(data);
     while (i < limit) {
-        if (limit - i >= 8 && asciiWord(data + i)) {
+        unsigned char b = s[i];
+        if (b >= 0x80) {
+            i = stepFrom(data, i);
+            ++count;
+        } else if (limit - i >= 8 && asciiWord(data + i)) {
             i += 8;
             count += 8;
-            continue;
+        } else {
+            ++i;
+            ++count;
         }
-        i = stepFrom(data, i);
-        ++count;
     }
     return count;
 }

@@ -61,21 +61,29 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
     char16_t* dend = dst + dstCap;
     int rc = kOk;
     while (s < end) {
-        if (end - s >= 8 && dend - d >= 8) {
-            uint64_t word;
-            std::memcpy(&word, s, 8);
-            if ((word & 0x8080808080808080ULL) == 0) {
-                for (int i = 0; i < 8; ++i) d[i] = s[i];
-                s += 8;
-                d += 8;
-                continue;
-            }
-        }
         uint8_t b = *s;
         if (b < 0x80) {
+            if (end - s >= 8 && dend - d >= 8) {
+                uint64_t word;
+                std::memcpy(&word, s, 8);
+                if ((word & 0x8080808080808080ULL) == 0) {
+                    for (int i = 0; i < 8; ++i) d[i] = s[i];
+                    s += 8;
+                    d += 8;
+                    continue;
+                }
+            }
             if (d == dend) { rc = kNoSpace; break; }
             *d++ = b;
             ++s;
+            continue;
+        }
+        // The common 3-byte case (CJK) without the general checks: E1-EC and EE-EF take any
+        // continuation bytes.
+        if (end - s >= 3 && ((b >= 0xE1 && b <= 0xEC) || b >= 0xEE) && b <= 0xEF && isTrail(s[1]) && isTrail(s[2]) &&
+            d != dend) {
+            *d++ = static_cast<char16_t>(((b & 0x0F) << 12) | ((s[1] & 0x3F) << 6) | (s[2] & 0x3F));
+            s += 3;
             continue;
         }
         size_t available = static_cast<size_t>(end - s);
@@ -109,7 +117,8 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
     uint8_t* dend = d + dstCap;
     int rc = kOk;
     while (s < end) {
-        if (end - s >= 4 && dend - d >= 4) {
+        uint32_t c = *s;
+        if (c < 0x80 && end - s >= 4 && dend - d >= 4) {
             uint64_t word;
             std::memcpy(&word, s, 8);
             if ((word & 0xFF80FF80FF80FF80ULL) == 0) {
@@ -122,7 +131,6 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
                 continue;
             }
         }
-        uint32_t c = *s;
         if (c < 0x80) {
             if (d == dend) { rc = kNoSpace; break; }
             *d++ = static_cast<uint8_t>(c);

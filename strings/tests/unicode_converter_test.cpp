@@ -198,13 +198,25 @@ TEST(UnicodeConverterTest, SingleByteTablesAgreeWithIcuEverywhere) {
             if (c >= 0xD800 && c <= 0xDFFF) continue;
             std::string utf8;
             Osl_UnicodeConverter().ConvertUCS2toUTF8(std::u16string(1, static_cast<char16_t>(c)), utf8);
-            utf8 = "ab" + utf8;
-            char out[8], ref[8];
+            utf8 = "long enough for blocks " + utf8 + "!";
+            char out[32], ref[32];
             size_t len = sizeof out, consumed = 0, written = 0;
             ConversionRC rc = converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out, len);
             auto status = icuFromUtf8.convert(utf8.data(), utf8.size(), ref, sizeof ref, consumed, written);
             ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << std::hex << c;
             ASSERT_EQ(std::string(out, len), std::string(ref, written)) << std::hex << c;
+        }
+        // Whole buffers: every byte, and its UTF-8 back, in one call each.
+        std::vector<char> out(1024), ref(1024);
+        size_t len = out.size(), consumed = 0, written = 0;
+        ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(bytes.data(), bytes.size(), out.data(), len);
+        icuToUtf8.convert(bytes.data(), bytes.size(), ref.data(), ref.size(), consumed, written);
+        ASSERT_EQ(std::string(out.data(), len), std::string(ref.data(), written));
+        std::string utf8(out.data(), len);
+        len = out.size();
+        if (rc == ConversionOK) {
+            EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out.data(), len), ConversionOK);
+            EXPECT_EQ(hex(std::string(out.data(), len)), hex(bytes));
         }
     }
 }

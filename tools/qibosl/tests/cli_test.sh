@@ -44,5 +44,7 @@ check autoedit-width 0 "$qibosl" autoedit -w '%%A   |' A=x
 [ "$(cat /tmp/qibosl-cli.$$.out)" = 'x     |' ] || { echo "FAIL autoedit -w: text"; fail=1; }
 check autoedit-bad-variable 2 "$qibosl" autoedit 'x' novalue
 rm -f /tmp/qibosl-cli.$$.txt
+grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
+grep -q 'differs' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail
