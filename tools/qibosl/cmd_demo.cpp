@@ -61,6 +61,8 @@ void demoPatterns(const std::filesystem::path& installation) {
     } catch (const QIBError& e) {
         std::cout << "a bad pattern: " << e << "\n";
     }
+}
+
 // Text and encodings: legacy bytes to UTF-8, to UTF-16 and back, in windows-1252 and in the
 // double-byte EBCDIC code page IBM-939.
 std::string hexBytes(const std::string& bytes) {
