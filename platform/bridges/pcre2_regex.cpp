@@ -193,10 +193,6 @@ bool Pcre2Regex::compile(std::string_view pattern, bool utf8, bool caseless, std
     m.jit = pcre2_jit_compile(m.code, PCRE2_JIT_COMPLETE) == 0;
     m.matchData = pcre2_match_data_create_from_pattern(m.code, nullptr);
     m.matchContext = pcre2_match_context_create(nullptr);
-    if (m.jit) {
-        m.jitStack = pcre2_jit_stack_create(32 * 1024, 1024 * 1024, nullptr);
-        if (m.jitStack != nullptr) pcre2_jit_stack_assign(m.matchContext, nullptr, m.jitStack);
-    }
     std::uint32_t lookbehind = 0;
     pcre2_pattern_info(m.code, PCRE2_INFO_MAXLOOKBEHIND, &lookbehind);
     m.looksBefore = lookbehind > 0 || pattern.find('^') != std::string_view::npos;
@@ -220,8 +216,17 @@ int Pcre2Regex::exec(const char* subject, std::size_t length, std::size_t start,
     }
     const auto* s = reinterpret_cast<PCRE2_SPTR>(subject);
     const std::uint32_t options = m.utf8 ? PCRE2_NO_UTF_CHECK : 0;
-    const int rc = m.jit ? pcre2_jit_match(m.code, s, length, start, options, m.matchData, m.matchContext)
-                         : pcre2_match(m.code, s, length, start, options, m.matchData, m.matchContext);
+    int rc = m.jit ? pcre2_jit_match(m.code, s, length, start, options, m.matchData, m.matchContext)
+                   : pcre2_match(m.code, s, length, start, options, m.matchData, m.matchContext);
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT && m.jitStack == nullptr) {
+        // The 32 KB on the machine stack were not enough: this pattern gets a stack of its own,
+        // made only now so that the many small expressions of a program (wildcards) carry none.
+        m.jitStack = pcre2_jit_stack_create(32 * 1024, 1024 * 1024, nullptr);
+        if (m.jitStack != nullptr) {
+            pcre2_jit_stack_assign(m.matchContext, nullptr, m.jitStack);
+            rc = pcre2_jit_match(m.code, s, length, start, options, m.matchData, m.matchContext);
+        }
+    }
     if (rc >= 0) {
         m.matched = true;
         return 1;

@@ -85,6 +85,15 @@ TEST(Pcre2RegexTest, ValidationCountsEveryByteItChecks) {
     }
 }
 
+TEST(Pcre2RegexTest, DeepBacktrackingGetsALargerStack) {
+    Pcre2Regex re;
+    std::string error;
+    ASSERT_TRUE(re.compile("^(?:(a)|b)*$", false, false, error));
+    std::string subject;
+    for (int i = 0; i < 5000; ++i) subject += "ab";
+    EXPECT_EQ(re.exec(subject.data(), subject.size(), 0, false), 1);
+}
+
 TEST(Pcre2RegexTest, CompileErrorsCarryPcre2sMessage) {
     Pcre2Regex re;
     std::string error;
