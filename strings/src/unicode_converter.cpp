@@ -130,9 +130,9 @@ osl::platform::IcuStatus toSingleByte(const SingleByteTables& t, const char* src
     const bool ascii = t.asciiIdentity;
     size_t i = consumed, w = written;
     auto status = osl::platform::IcuStatus::ok;
-    // Blocks: eight ASCII bytes copied at once, else up to eight characters of one to three bytes
+    // Blocks: eight ASCII bytes copied at once, else up to 32 characters of one to three bytes
     // looked up without further room checks; anything else is left to the loop below.
-    while (n - i >= 16 && cap - w >= 8) {
+    while (n - i >= 16 && cap - w >= 32) {
         if (ascii && asciiWord(src + i)) {
             std::memcpy(dst + w, src + i, 8);
             i += 8;
@@ -140,11 +140,11 @@ osl::platform::IcuStatus toSingleByte(const SingleByteTables& t, const char* src
             continue;
         }
         int k = 0;
-        for (; k < 8 && n - i >= 3; ++k) {  // a character takes at most three bytes
+        for (; k < 32 && n - i >= 3; ++k) {  // a character takes at most three bytes
             uint8_t b = s[i];
             int16_t v;
             if (b < 0x80) {
-                v = fromBmp[b];
+                v = ascii ? static_cast<int16_t>(b) : fromBmp[b];
                 if (v < 0) break;
                 ++i;
             } else if (b >= 0xC2 && b < 0xE0 && (s[i + 1] & 0xC0) == 0x80) {

@@ -54,7 +54,9 @@ int32_t decodeUtf8(const char* p, size_t available, size_t& len) {
     }
 }
 
-int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, size_t& consumed, size_t& written) {
+// kRoomy: the destination holds the worst case, so no step checks for room.
+template <bool kRoomy>
+int utf8ToUtf16Impl(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, size_t& consumed, size_t& written) {
     const auto* s = reinterpret_cast<const uint8_t*>(src);
     const uint8_t* end = s + srcLen;
     char16_t* d = dst;
@@ -63,7 +65,7 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
     while (s < end) {
         uint8_t b = *s;
         if (b < 0x80) {
-            if (end - s >= 8 && dend - d >= 8) {
+            if (end - s >= 8 && (kRoomy || dend - d >= 8)) {
                 uint64_t word;
                 std::memcpy(&word, s, 8);
                 if ((word & 0x8080808080808080ULL) == 0) {
@@ -73,7 +75,7 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
                     continue;
                 }
             }
-            if (d == dend) { rc = kNoSpace; break; }
+            if (!kRoomy && d == dend) { rc = kNoSpace; break; }
             *d++ = b;
             ++s;
             continue;
@@ -81,7 +83,7 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
         // The common 3-byte case (CJK) without the general checks: E1-EC and EE-EF take any
         // continuation bytes.
         if (end - s >= 3 && ((b >= 0xE1 && b <= 0xEC) || b >= 0xEE) && b <= 0xEF && isTrail(s[1]) && isTrail(s[2]) &&
-            d != dend) {
+            (kRoomy || d != dend)) {
             *d++ = static_cast<char16_t>(((b & 0x0F) << 12) | ((s[1] & 0x3F) << 6) | (s[2] & 0x3F));
             s += 3;
             continue;
@@ -91,13 +93,13 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
         if (need == 0) { rc = kIllegal; break; }
         if (need > available) { rc = kCut; break; }
         if (need == 3) {
-            if (d == dend) { rc = kNoSpace; break; }
+            if (!kRoomy && d == dend) { rc = kNoSpace; break; }
             *d++ = static_cast<char16_t>(((b & 0x0F) << 12) | ((s[1] & 0x3F) << 6) | (s[2] & 0x3F));
         } else if (need == 2) {
-            if (d == dend) { rc = kNoSpace; break; }
+            if (!kRoomy && d == dend) { rc = kNoSpace; break; }
             *d++ = static_cast<char16_t>(((b & 0x1F) << 6) | (s[1] & 0x3F));
         } else {
-            if (dend - d < 2) { rc = kNoSpace; break; }
+            if (!kRoomy && dend - d < 2) { rc = kNoSpace; break; }
             uint32_t c = ((b & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu);
             c -= 0x10000;
             *d++ = static_cast<char16_t>(0xD800 + (c >> 10));
@@ -110,7 +112,8 @@ int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, si
     return rc;
 }
 
-int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, size_t& consumed, size_t& written) {
+template <bool kRoomy>
+int utf16ToUtf8Impl(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, size_t& consumed, size_t& written) {
     const char16_t* s = src;
     const char16_t* end = src + srcLen;
     auto* d = reinterpret_cast<uint8_t*>(dst);
@@ -118,7 +121,7 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
     int rc = kOk;
     while (s < end) {
         uint32_t c = *s;
-        if (c < 0x80 && end - s >= 4 && dend - d >= 4) {
+        if (c < 0x80 && end - s >= 4 && (kRoomy || dend - d >= 4)) {
             uint64_t word;
             std::memcpy(&word, s, 8);
             if ((word & 0xFF80FF80FF80FF80ULL) == 0) {
@@ -132,20 +135,27 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
             }
         }
         if (c < 0x80) {
-            if (d == dend) { rc = kNoSpace; break; }
+            if (!kRoomy && d == dend) { rc = kNoSpace; break; }
             *d++ = static_cast<uint8_t>(c);
             ++s;
         } else if (c < 0x800) {
-            if (dend - d < 2) { rc = kNoSpace; break; }
+            if (!kRoomy && dend - d < 2) { rc = kNoSpace; break; }
             d[0] = static_cast<uint8_t>(0xC0 | (c >> 6));
             d[1] = static_cast<uint8_t>(0x80 | (c & 0x3F));
             d += 2;
             ++s;
-        } else if (c >= 0xD800 && c <= 0xDBFF && s + 1 == end) {
+        } else if (c < 0xD800 || c > 0xDFFF) {
+            if (!kRoomy && dend - d < 3) { rc = kNoSpace; break; }
+            d[0] = static_cast<uint8_t>(0xE0 | (c >> 12));
+            d[1] = static_cast<uint8_t>(0x80 | ((c >> 6) & 0x3F));
+            d[2] = static_cast<uint8_t>(0x80 | (c & 0x3F));
+            d += 3;
+            ++s;
+        } else if (c <= 0xDBFF && s + 1 == end) {
             rc = kCut;  // the low half may come with the next call
             break;
-        } else if (c >= 0xD800 && c <= 0xDBFF && s[1] >= 0xDC00 && s[1] <= 0xDFFF) {
-            if (dend - d < 4) { rc = kNoSpace; break; }
+        } else if (c <= 0xDBFF && s[1] >= 0xDC00 && s[1] <= 0xDFFF) {
+            if (!kRoomy && dend - d < 4) { rc = kNoSpace; break; }
             uint32_t cp = 0x10000 + ((c - 0xD800) << 10) + (s[1] - 0xDC00u);
             d[0] = static_cast<uint8_t>(0xF0 | (cp >> 18));
             d[1] = static_cast<uint8_t>(0x80 | ((cp >> 12) & 0x3F));
@@ -153,8 +163,8 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
             d[3] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
             d += 4;
             s += 2;
-        } else {  // BMP, and unpaired surrogates carried as they are
-            if (dend - d < 3) { rc = kNoSpace; break; }
+        } else {  // unpaired surrogates are carried as they are
+            if (!kRoomy && dend - d < 3) { rc = kNoSpace; break; }
             d[0] = static_cast<uint8_t>(0xE0 | (c >> 12));
             d[1] = static_cast<uint8_t>(0x80 | ((c >> 6) & 0x3F));
             d[2] = static_cast<uint8_t>(0x80 | (c & 0x3F));
@@ -165,6 +175,16 @@ int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, si
     consumed = static_cast<size_t>(s - src);
     written = static_cast<size_t>(d - reinterpret_cast<uint8_t*>(dst));
     return rc;
+}
+
+int utf8ToUtf16(const char* src, size_t srcLen, char16_t* dst, size_t dstCap, size_t& consumed, size_t& written) {
+    return dstCap >= srcLen ? utf8ToUtf16Impl<true>(src, srcLen, dst, dstCap, consumed, written)
+                            : utf8ToUtf16Impl<false>(src, srcLen, dst, dstCap, consumed, written);
+}
+
+int utf16ToUtf8(const char16_t* src, size_t srcLen, char* dst, size_t dstCap, size_t& consumed, size_t& written) {
+    return dstCap / 3 >= srcLen ? utf16ToUtf8Impl<true>(src, srcLen, dst, dstCap, consumed, written)
+                                : utf16ToUtf8Impl<false>(src, srcLen, dst, dstCap, consumed, written);
 }
 
 }  // namespace osl::detail
