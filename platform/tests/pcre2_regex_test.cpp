@@ -104,21 +104,5 @@ TEST(Pcre2RegexTest, CompileErrorsCarryPcre2sMessage) {
     EXPECT_FALSE(re.compile("\\C", true, false, error)) << "\\C would split characters";
 }
 
-TEST(Pcre2RegexTest, LooksBeforeStartForAnchorsAndLookbehind) {
-    struct Case {
-        const char* pattern;
-        bool looks;
-    };
-    const Case cases[] = {{"abc", false}, {"a$", false}, {"^a", true}, {"\\bx", true},
-                          {"(?<=a)b", true}, {"\\Aa", true}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.pattern);
-        Pcre2Regex re;
-        std::string error;
-        ASSERT_TRUE(re.compile(c.pattern, false, false, error));
-        EXPECT_EQ(re.looksBeforeStart(), c.looks);
-    }
-}
-
 }  // namespace
 }  // namespace osl::platform
