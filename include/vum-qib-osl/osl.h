@@ -26,3 +26,6 @@
 
 #include <vum-qib-osl/cmdline/cmd_line.h>
 #include <vum-qib-osl/cmdline/qib_command_line.h>
+#include <vum-qib-osl/strings/auto_edit_string.h>
+#include <vum-qib-osl/strings/regular_expression.h>
+#include <vum-qib-osl/strings/wildcard_string.h>

@@ -69,6 +69,52 @@ void demoMessagesAndCommandLine() {
     DisplayUsage(std::cout, "report", "");
 }
 
+void demoPatterns(const std::filesystem::path& installation) {
+    section("AutoEdit variables, wildcards and regular expressions");
+    QIBAutoEditString name("%%dir/%%job-%%date.%%part.log");
+    name.AddVariable("DIR", "/var/log/qib");
+    name.AddVariable("job", "nightly");
+    name.AddVariable("part", "part7");
+    std::cout << name.GetPattern() << " -> " << name.Resolve(false) << "\n";
+    QIBAutoEditString compound("%%target%%env");
+    compound.AddVariable("env", "Prod");
+    compound.AddVariable("targetprod", "srv-prod-01");
+    std::cout << compound.GetPattern() << " -> " << compound.Resolve(false) << "  (env first, then targetProd)\n";
+    QIBAutoEditString columns("|%%job   |%%part|");
+    columns.AddVariable("job", "ab");
+    columns.AddVariable("part", "part7");
+    std::cout << columns.GetPattern() << " -> " << columns.Resolve(true) << "  (fixed width)\n";
+
+    for (const char* wildcard : {"*.ini", "README*", "*.TXT"}) {
+        WildcardString w(wildcard, false);
+        std::cout << "files matching " << wildcard << " (" << w.AsRegexp().ToString() << ", case ignored):";
+        std::error_code ec;
+        for (auto it = std::filesystem::recursive_directory_iterator(installation, ec);
+             !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+            if (it->is_regular_file() && w.Match(it->path().filename().string())) {
+                std::cout << " " << std::filesystem::relative(it->path(), installation).string();
+            }
+        }
+        std::cout << "\n";
+    }
+    Osl_RegularExpression re("(\\d{4})-(\\d{2})");
+    const std::string line = "report of 2024-03, rerun 2024-04";
+    std::cout << "groups of the first match in '" << line << "':";
+    re.search(line, 0, std::string::npos);
+    for (std::size_t g = 1; g <= re.groups(); ++g) {
+        const auto r = re.group(g);
+        std::cout << " " << line.substr(r.first, r.second - r.first);
+    }
+    std::string copy = line;
+    const std::size_t n = re.replace(copy, 0, std::string::npos, "YYYY-MM", true);
+    std::cout << "\nreplaced " << n << ": " << copy << "\n";
+    try {
+        Osl_RegularExpression bad("(");
+    } catch (const QIBError& e) {
+        std::cout << "a bad pattern: " << e << "\n";
+    }
+}
+
 // Text and encodings: legacy bytes to UTF-8, to UTF-16 and back, in windows-1252 and in the
 // double-byte EBCDIC code page IBM-939.
 std::string hexBytes(const std::string& bytes) {
@@ -168,6 +214,7 @@ int cmdDemo(const Args& args) {
     OslLogPrint(SevSystem, "", "demo", text("demo_log_print").Text().c_str());
 
     demoMessagesAndCommandLine();
+    demoPatterns(installation);
     demoText();
     demoEnvironment(installation);
     return 0;

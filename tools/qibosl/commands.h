@@ -48,5 +48,7 @@ int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);
 void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
+int cmdMatch(const Args& args);
+int cmdAutoEdit(const Args& args);
 
 }  // namespace qibosl

@@ -27,6 +27,8 @@ constexpr Command kCommands[] = {
     {"encodings", "encodings", qibosl::cmdEncodings},
     {"env", "env", qibosl::cmdEnv},
     {"dirs", "dirs", qibosl::cmdDirs},
+    {"match", "match", qibosl::cmdMatch},
+    {"autoedit", "autoedit", qibosl::cmdAutoEdit},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.

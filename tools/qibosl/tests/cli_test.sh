@@ -93,5 +93,25 @@ check convert-missing-file 1 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/none
 printf 'ok\xff\n' >"$tmp/bad.txt"
 check convert-illegal-input 1 "$qibosl" convert -from=UTF-8 -to=Latin1 "$tmp/bad.txt"
 rm -rf "$tmp"
+check demo-patterns 0 "$qibosl" demo "$installation"
+grep -q '^files matching README\* (^README\.\*\$, case ignored): README' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: wildcard"; fail=1; }
+# match and autoedit
+printf 'alpha 1\nBeta 22\ngamma\n' >/tmp/qibosl-cli.$$.txt
+check match 0 "$qibosl" match '[0-9]+$' /tmp/qibosl-cli.$$.txt
+[ "$(cat /tmp/qibosl-cli.$$.out)" = $'alpha 1\nBeta 22' ] || { echo "FAIL match: lines"; fail=1; }
+check match-case 0 "$qibosl" match -i '^beta' /tmp/qibosl-cli.$$.txt
+[ "$(cat /tmp/qibosl-cli.$$.out)" = 'Beta 22' ] || { echo "FAIL match -i: lines"; fail=1; }
+check match-none 1 "$qibosl" match '^delta' /tmp/qibosl-cli.$$.txt
+check match-bad-pattern 2 "$qibosl" match '(' /tmp/qibosl-cli.$$.txt
+grep -q '^qibosl match: Invalid regular expression pattern: ($' /tmp/qibosl-cli.$$.err &&
+    grep -q '^GCError: missing closing parenthesis' /tmp/qibosl-cli.$$.err || { echo "FAIL match: error text"; fail=1; }
+check match-stdin 0 sh -c "printf 'x\303\251y\n' | '$qibosl' match -u '^x.y$'"
+check match-no-file 2 "$qibosl" match a /nonexistent/file
+check autoedit 0 "$qibosl" autoedit 'log_%%Job.%%N' JOB=run n=7
+[ "$(cat /tmp/qibosl-cli.$$.out)" = 'log_run7' ] || { echo "FAIL autoedit: text"; fail=1; }
+check autoedit-width 0 "$qibosl" autoedit -w '%%A   |' A=x
+[ "$(cat /tmp/qibosl-cli.$$.out)" = 'x     |' ] || { echo "FAIL autoedit -w: text"; fail=1; }
+check autoedit-bad-variable 2 "$qibosl" autoedit 'x' novalue
+rm -f /tmp/qibosl-cli.$$.txt
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail

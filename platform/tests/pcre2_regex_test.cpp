@@ -1,0 +1,108 @@
+// platform/tests/pcre2_regex_test.cpp
+// What the library relies on from PCRE2: table layout, options per mode, error texts, checks.
+#include "platform/pcre2_regex.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace osl::platform {
+namespace {
+
+TEST(Pcre2RegexTest, AsciiTablesHaveTheLayoutPcre2MakesItself) {
+    const std::string ours = pcre2CharacterTables(false);
+    const std::string theirs = pcre2DefaultCharacterTables();
+    ASSERT_EQ(ours.size(), theirs.size());
+    for (std::size_t i = 0; i < ours.size(); ++i) {
+        ASSERT_EQ(ours[i], theirs[i]) << "table byte " << i;
+    }
+}
+
+TEST(Pcre2RegexTest, LegacyCaselessMatchingKnowsWindows1252Letters) {
+    struct Case {
+        const char* pattern;
+        const char* subject;
+        bool caseless;
+        int expected;
+    };
+    const Case cases[] = {
+        {"\xc9t\xc9", "\xe9t\xe9", true, 1},   // ÉTÉ / été
+        {"\xc9t\xc9", "\xe9t\xe9", false, 0},
+        {"\x8a", "\x9a", true, 1},             // Š / š
+        {"\x9f", "\xff", true, 1},             // Ÿ / ÿ
+        {"\x8c", "\x9c", true, 1},             // Œ / œ
+        {"\xd7", "\xf7", true, 0},             // × and ÷ are no case pair
+        {"^\\w+$", "gr\xfc\xdf", false, 1},    // grüß: letters are word characters
+        {"^[[:upper:]]+$", "\xc0\xde", false, 1},
+        {"\\s", "\xa0", false, 0},              // no-break space is no \s
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.pattern);
+        Pcre2Regex re;
+        std::string error;
+        ASSERT_TRUE(re.compile(c.pattern, false, c.caseless, error)) << error;
+        EXPECT_EQ(re.exec(c.subject, std::char_traits<char>::length(c.subject), 0, false), c.expected);
+    }
+}
+
+TEST(Pcre2RegexTest, Utf8ModeMatchesCharactersAndChecksTheSubject) {
+    Pcre2Regex re;
+    std::string error;
+    ASSERT_TRUE(re.compile("\xc3\x89t\xc3\xa9", true, true, error)) << error;  // Été
+    const std::string subject = "x \xc3\xa9T\xc3\x89";
+    EXPECT_EQ(re.exec(subject.data(), subject.size(), 0, false), 1);
+    std::size_t start = 0, end = 0;
+    ASSERT_TRUE(re.group(0, start, end));
+    EXPECT_EQ(start, 2u);
+    EXPECT_EQ(end, subject.size());
+    EXPECT_FALSE(re.group(1, start, end));
+
+    EXPECT_EQ(re.exec(subject.data(), subject.size(), 3, false), -1) << "start inside a character";
+    const std::string invalid = "\xc3\xa9T\xc3\x89\xff";
+    EXPECT_EQ(re.exec(invalid.data(), invalid.size(), 0, false), -1);
+    // A caller that vouches for the bytes gets no check, and still no crash on bad ones.
+    EXPECT_EQ(re.exec(invalid.data(), invalid.size(), 0, true), 1);
+}
+
+TEST(Pcre2RegexTest, ValidationCountsEveryByteItChecks) {
+    const std::uint64_t before = utf8BytesValidated();
+    EXPECT_TRUE(isValidUtf8("abc\xe2\x82\xac", 6));
+    EXPECT_EQ(utf8BytesValidated() - before, 6u);
+    struct Case {
+        const char* bytes;
+        bool valid;
+    };
+    const Case cases[] = {{"\xc0\xaf", false},          {"\xe0\x80\xaf", false},  // overlong
+                          {"\xed\xa0\x80", false},                                // surrogate
+                          {"\xf4\x90\x80\x80", false},                            // above U+10FFFF
+                          {"\xf0\x9f\x98\x80", true},   {"\xe2\x82", false},  {"\x80", false},
+                          // behind whole blocks of eight ASCII bytes
+                          {"abcdefgh\xff", false}, {"abcdefghijklmnop\xc3", false},
+                          {"abcdefgh\xc3\xa9" "abcdefgh", true}, {"abcdefg\xc3\xa9" "bcdefgh\xed\xbf\xbf", false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.bytes);
+        EXPECT_EQ(isValidUtf8(c.bytes, std::char_traits<char>::length(c.bytes)), c.valid);
+    }
+}
+
+TEST(Pcre2RegexTest, DeepBacktrackingGetsALargerStack) {
+    Pcre2Regex re;
+    std::string error;
+    ASSERT_TRUE(re.compile("^(?:(a)|b)*$", false, false, error));
+    std::string subject;
+    for (int i = 0; i < 5000; ++i) subject += "ab";
+    EXPECT_EQ(re.exec(subject.data(), subject.size(), 0, false), 1);
+}
+
+TEST(Pcre2RegexTest, CompileErrorsCarryPcre2sMessage) {
+    Pcre2Regex re;
+    std::string error;
+    EXPECT_FALSE(re.compile("(", true, false, error));
+    EXPECT_EQ(error, "missing closing parenthesis");
+    EXPECT_FALSE(re.compiled());
+    EXPECT_EQ(re.exec("a", 1, 0, false), -1);
+    EXPECT_FALSE(re.compile("\\C", true, false, error)) << "\\C would split characters";
+}
+
+}  // namespace
+}  // namespace osl::platform

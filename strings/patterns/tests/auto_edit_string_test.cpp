@@ -1,0 +1,160 @@
+// strings/patterns/tests/auto_edit_string_test.cpp
+#include <vum-qib-osl/strings/auto_edit_string.h>
+
+#include <vum-qib-osl/strings/regular_expression.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "strings/patterns/src/date_format.h"
+#include "tests/support/scoped_unicode_mode.h"
+#include "tests/support/fake_clock.h"
+
+namespace {
+
+using osl::test::ScopedUnicodeMode;
+
+// Exposes the protected parts that subclasses may call.
+class OpenAutoEdit : public QIBAutoEditString {
+public:
+    using QIBAutoEditString::QIBAutoEditString;
+    using QIBAutoEditString::EliminateConcatinationString;
+    using QIBAutoEditString::PatternHasVariable;
+    std::string Eliminated(const std::string& text) {
+        work_ = text;
+        EliminateConcatinationString();
+        return work_;
+    }
+};
+
+std::string resolve(const std::string& pattern, bool keepWidth,
+                    std::initializer_list<std::pair<const char*, const char*>> variables) {
+    QIBAutoEditString text(pattern);
+    for (const auto& [name, value] : variables) text.AddVariable(name, value);
+    return text.Resolve(keepWidth);
+}
+
+TEST(AutoEditStringTest, ResolvesUserVariables) {
+    struct Case {
+        const char* pattern;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"a%%A b", "ax b"},      {"%%$A", "x"},         {"%%a", "x"},  // names ignore case
+        {"%%B", "%%B"},          {"file.%%A", "filex"}, {"file.%%B", "file%%B"},
+        {"%%A.%%A", "xx"},       {"100%", "100%"},      {"%%%A", "%x"},
+        {"%%$", "%%$"},          {"", ""},              {"%%A_1 %%A", "%%A_1 x"},
+        {"%%B%%A", "%%Bx"},    {"%%A1%%B1", "y%%B1"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.pattern);
+        EXPECT_EQ(resolve(c.pattern, false, {{"A", "x"}, {"a1", "y"}}), c.expected);
+    }
+}
+
+TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
+    EXPECT_EQ(resolve("%%A%%B", false, {{"B", "1"}, {"A1", "y"}}), "y");
+    EXPECT_EQ(resolve("%%A%%B", false, {{"B", "1"}}), "%%A1");
+    EXPECT_EQ(resolve("<%%A%%B%%C>", false, {{"C", "2"}, {"B2", "3"}, {"A3", "ok"}}), "<ok>");
+    EXPECT_EQ(resolve("%%A%%$B.txt", false, {{"b", "_x"}, {"A_X", "v"}}), "v.txt");
+    // B unknown: the run stays, its parts resolve one by one afterwards.
+    EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");
+}
+
+TEST(AutoEditStringTest, FixedWidthKeepsTheColumns) {
+    struct Case {
+        const char* pattern;
+        const char* value;
+        const char* normal;
+        const char* fixed;
+    };
+    const Case cases[] = {
+        {"%%A   |", "x", "x   |", "x     |"},
+        {"%%A   |", "abcdef", "abcdef   |", "abcdef|"},
+        {"%%A |", "abcdef", "abcdef |", "abcd|"},  // no blank left for e and f
+        {"%%A|", "abcd", "abcd|", "abc|"},
+        {"%%A", "abc", "abc", "abc"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.pattern) + " with " + c.value);
+        EXPECT_EQ(resolve(c.pattern, false, {{"A", c.value}}), c.normal);
+        EXPECT_EQ(resolve(c.pattern, true, {{"A", c.value}}), c.fixed);
+    }
+    ScopedUnicodeMode unicode(true);
+    EXPECT_EQ(resolve("%%A  |", true, {{"A", "\xc3\xa9t\xc3\xa9s"}}), "\xc3\xa9t\xc3\xa9s |");  // étés: 4 columns, one blank taken
+    EXPECT_EQ(resolve("%%A|", true, {{"A", "\xc3\xa9t\xc3\xa9s"}}), "\xc3\xa9t\xc3\xa9|");
+}
+
+TEST(AutoEditStringTest, DateIsTodayUnlessAUserVariableTakesTheName) {
+    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+    EXPECT_EQ(resolve("rep_%%date.txt", false, {}), "rep_240305.txt");
+    EXPECT_EQ(resolve("%%DATE", false, {}), "240305");
+    EXPECT_EQ(resolve("%%Date", false, {{"DATE", "today"}}), "today");
+    EXPECT_EQ(resolve("%%date   |", true, {}), "240305   |");
+    EXPECT_EQ(resolve("%%date |", true, {{"date", "2024-03-05"}}), "2024-03|");
+}
+
+TEST(AutoEditStringTest, DateDirectives) {
+    struct Case {
+        const char* format;
+        int year, month, day;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"%s%m%d", 2024, 3, 5, "240305"},   {"%y-%m-%d", 2009, 12, 31, "09-12-31"},
+        {"%Y/%m/%d", 2024, 1, 9, "2024/01/09"}, {"%d.%m.%Y", 987, 7, 4, "04.07.0987"},
+        {"100%%", 2024, 1, 1, "100%"},     {"%q %", 2024, 1, 1, "%q %"},
+        {"%s", 2000, 1, 1, "00"},          {"", 2024, 1, 1, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.format);
+        EXPECT_EQ(osl::detail::formatDate(c.format, c.year, c.month, c.day), c.expected);
+    }
+}
+
+TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
+    // The published expressions and the resolution must agree: each variable the expression
+    // finds is resolved, each it does not stays.
+    Osl_RegularExpression variable(QIBAutoEditString::GetVariablePattern());
+    Osl_RegularExpression run(QIBAutoEditString::GetRecursiveVariablePattern());
+    EXPECT_EQ(QIBAutoEditString::GetVariableHeadingPattern(), "%%\\$?");
+    const char* texts[] = {"%%%A", "x%%$#@_9 y", "%%A%%B", "%%A%%%B", "%%A %%B", "%%$%%A", "%%"};
+    for (const char* text : texts) {
+        SCOPED_TRACE(text);
+        const auto r = variable.search(text, 0, std::string::npos);
+        QIBAutoEditString probe(text);
+        const std::string resolved = probe.Resolve();
+        if (r == Osl_RegularExpression::not_found()) {
+            EXPECT_EQ(resolved, text);
+        } else {
+            QIBAutoEditString marked(text);
+            const std::string name = std::string(text).substr(r.first, r.second - r.first);
+            marked.AddVariable(name.substr(name.find_first_not_of("%$")), "<v>");
+            const std::string out = marked.Resolve();
+            EXPECT_EQ(out.substr(0, r.first), std::string(text).substr(0, r.first));
+            EXPECT_EQ(out.substr(r.first, 3), "<v>");
+        }
+    }
+    EXPECT_EQ(run.search("a %%A %%B%%C", 0, std::string::npos), Osl_RegularExpression::range(6, 12));
+}
+
+TEST(AutoEditStringTest, HelpersAndOutput) {
+    OpenAutoEdit text("a %%$Name b");
+    EXPECT_TRUE(text.PatternHasVariable("Name"));
+    EXPECT_FALSE(text.PatternHasVariable("name"));
+    EXPECT_EQ(text.Eliminated("x%%.y%%.%%z"), "xy%%z");
+    text.AddVariable("name", "1");
+    text.AddVariable("NAME", "2");
+    text.AddVariable("b", "3");
+    EXPECT_TRUE(text.HasUserDefinedVariable("Name"));
+    EXPECT_FALSE(text.HasUserDefinedVariable("%%Name"));
+    EXPECT_EQ(std::string(text), "a 2 b");
+    EXPECT_EQ(text.GetPattern(), "a %%$Name b");
+    std::ostringstream out;
+    out << text;
+    EXPECT_EQ(out.str(), "a %%$Name b\nb=3\nname=2\n");
+}
+
+}  // namespace

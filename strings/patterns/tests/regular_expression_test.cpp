@@ -1,0 +1,200 @@
+// strings/patterns/tests/regular_expression_test.cpp
+#include <vum-qib-osl/strings/regular_expression.h>
+
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/pcre2_regex.h"
+#include "tests/support/scoped_unicode_mode.h"
+
+namespace {
+
+using osl::test::ScopedUnicodeMode;
+using range = Osl_RegularExpression::range;
+constexpr std::size_t npos = std::string::npos;
+
+class RegularExpressionTest : public ::testing::TestWithParam<bool> {  // Unicode mode?
+protected:
+    ScopedUnicodeMode mode_{GetParam()};
+};
+
+TEST_P(RegularExpressionTest, SearchFindsByteRangesInsideTheSpan) {
+    struct Case {
+        const char* pattern;
+        const char* subject;
+        std::size_t pos, len;
+        range expected;
+    };
+    const range none = Osl_RegularExpression::not_found();
+    const Case cases[] = {
+        {"b+", "abbbc", 0, npos, {1, 4}},
+        {"b+", "abbbc", 2, npos, {2, 4}},
+        {"b+", "abbbc", 0, 3, {1, 3}},       // the span ends the match
+        {"c", "abbbc", 0, 4, none},
+        {"c", "abbbc", 4, 100, {4, 5}},      // a span past the end is cut
+        {"c", "abc", 4, npos, none},         // pos beyond the string
+        {"x*", "abc", 3, npos, none},        // empty span
+        {"(?<=a)b", "ab", 1, npos, {1, 2}},  // text before pos is seen by lookbehind
+        {"^b", "ab", 1, npos, none},         // ^ only at the start of the string
+        {"b$", "abc", 0, 2, {1, 2}},         // $ at the end of the span
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.pattern) + " in " + c.subject + " from " + std::to_string(c.pos));
+        Osl_RegularExpression re(c.pattern);
+        EXPECT_EQ(re.search(c.subject, c.pos, c.len), c.expected);
+    }
+}
+
+TEST_P(RegularExpressionTest, MatchGivesTheLengthOrMinusOneOrMinusTwo) {
+    Osl_RegularExpression re("[0-9]+");
+    EXPECT_EQ(re.match("ab 2024 x"), 4);
+    EXPECT_EQ(re.match("ab x"), -1);
+    EXPECT_EQ(re.match("ab 2024", 0, 4), 1);
+    Osl_RegularExpression empty("x*");
+    EXPECT_EQ(empty.match("abc"), 0);
+    Osl_RegularExpression nothing;
+    EXPECT_EQ(nothing.match("abc"), -2);
+    EXPECT_EQ(nothing.search("abc", 0, npos), Osl_RegularExpression::not_found());
+}
+
+TEST_P(RegularExpressionTest, GroupsCountUntilTheFirstGroupThatDidNotTakePart) {
+    Osl_RegularExpression re("([0-9]+)-([0-9]+)");
+    ASSERT_EQ(re.search("id 12-345;", 0, npos), range(3, 9));
+    EXPECT_EQ(re.groups(), 2u);
+    EXPECT_EQ(re.group(0), range(3, 9));
+    EXPECT_EQ(re.group(1), range(3, 5));
+    EXPECT_EQ(re.group(2), range(6, 9));
+    EXPECT_EQ(re.group(3), Osl_RegularExpression::not_found());
+
+    Osl_RegularExpression gap("(a)(b)?(c)");
+    ASSERT_EQ(gap.match("xac"), 2);
+    EXPECT_EQ(gap.groups(), 1u);
+    EXPECT_EQ(gap.group(2), Osl_RegularExpression::not_found());
+    EXPECT_EQ(gap.group(3), range(2, 3));
+
+    Osl_RegularExpression plain("a");
+    plain.match("a");
+    EXPECT_EQ(plain.groups(), 0u);
+    re.search("nothing", 0, npos);
+    EXPECT_EQ(re.groups(), 0u) << "no match, no groups";
+}
+
+TEST_P(RegularExpressionTest, ReplaceGoesOnBehindTheInsertedText) {
+    struct Case {
+        const char* pattern;
+        const char* subject;
+        std::size_t pos, len;
+        const char* with;
+        bool all;
+        const char* expected;
+        std::size_t count;
+    };
+    const Case cases[] = {
+        {"a", "banana", 0, npos, "o", true, "bonono", 3},
+        {"a", "banana", 0, npos, "o", false, "bonana", 1},
+        {"a", "banana", 2, 2, "o", true, "banona", 1},  // only the span
+        {"a", "aaa", 0, npos, "aa", true, "aaaaaa", 3},  // inserted text is not searched again
+        {"an", "banana", 0, npos, "", true, "ba", 2},
+        {"x*", "abc", 0, npos, "-", true, "abc", 0},     // an empty match stops at once
+        {"b|x*", "abc", 0, npos, "-", true, "abc", 0},   // ... also before a real match
+        {"q", "banana", 0, npos, "-", true, "banana", 0},
+        {"(?<=b)a", "baaa", 0, npos, "b", true, "bbbb", 3},  // lookbehind sees inserted text
+        {"^a", "aaab", 0, npos, "", true, "b", 3},          // so does ^
+        {"\\bx", "x x", 0, npos, "y", true, "y y", 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.pattern) + " in " + c.subject);
+        Osl_RegularExpression re(c.pattern);
+        std::string s = c.subject;
+        EXPECT_EQ(re.replace(s, c.pos, c.len, c.with, c.all), c.count);
+        EXPECT_EQ(s, c.expected);
+    }
+}
+
+TEST_P(RegularExpressionTest, BadPatternThrowsTheEngineText) {
+    Osl_RegularExpression re("a");
+    try {
+        re.pattern("(");
+        FAIL() << "no error";
+    } catch (const QIBError& e) {
+        EXPECT_EQ(e.What(), "Invalid regular expression pattern: (\nGCError: missing closing parenthesis");
+        EXPECT_EQ(e.Code(), 12);
+        EXPECT_EQ(e.Severity(), 12);
+        EXPECT_EQ(e.Where(), "strings/src/regexp 317");
+    }
+    EXPECT_EQ(re.match("a"), -2) << "nothing compiled after a failure";
+    EXPECT_THROW(Osl_RegularExpression("a{2,1}"), QIBError);
+    EXPECT_THROW(Osl_RegularExpression("[z-a]"), QIBError);
+}
+
+TEST_P(RegularExpressionTest, IgnoringCaseSticksUntilSetOption) {
+    Osl_RegularExpression re("abc", true);
+    EXPECT_EQ(re.match("xABC"), 3);
+    re.pattern("abc", false);
+    EXPECT_EQ(re.match("xABC"), 3) << "the ignore-case bit stays set";
+    re.SetOption(0);
+    re.pattern("abc", false);
+    EXPECT_EQ(re.match("xABC"), -1);
+    re.SetOption(Osl_RegularExpression::kIgnoreCase);
+    re.pattern("abc");
+    EXPECT_EQ(re.match("xABC"), 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothModes, RegularExpressionTest, ::testing::Bool());
+
+TEST(RegularExpressionModeTest, UnicodeModeMatchesUtf8Characters) {
+    ScopedUnicodeMode unicode(true);
+    Osl_RegularExpression dot("^.$");
+    EXPECT_EQ(dot.match("\xc3\xa9"), 2);                                    // é is one character
+    Osl_RegularExpression caseless("\xc3\x89t\xc3\x89", true);              // ÉTÉ
+    EXPECT_EQ(caseless.search("un \xc3\xa9t\xc3\xa9", 0, npos), range(3, 8));  // été
+    Osl_RegularExpression word("^\\w+$");
+    EXPECT_EQ(word.match("gr\xc3\xbc\xc3\x9f"), 6);  // grüß
+    EXPECT_EQ(dot.match("\xc3"), -2) << "invalid UTF-8 subject";
+    Osl_RegularExpression a("a");
+    EXPECT_EQ(a.search("\xc3\xa9" "a", 1, npos), Osl_RegularExpression::not_found()) << "pos inside a character";
+    EXPECT_THROW(Osl_RegularExpression("\xc3("), QIBError);
+}
+
+TEST(RegularExpressionModeTest, LegacyModeMatchesWindows1252Bytes) {
+    ScopedUnicodeMode legacy(false);
+    Osl_RegularExpression dot("^.$");
+    EXPECT_EQ(dot.match("\xc3\xa9"), -1) << "two bytes are two characters";
+    Osl_RegularExpression caseless("\xc9t\xc9", true);  // ÉTÉ
+    EXPECT_EQ(caseless.search("un \xe9t\xe9", 0, npos), range(3, 6));
+}
+
+TEST(RegularExpressionModeTest, RepeatedSearchesCheckTheSubjectOnce) {
+    ScopedUnicodeMode unicode(true);
+    std::string subject;
+    for (int i = 0; i < 20000; ++i) subject += "line \xc3\xa9t\xc3\xa9 x=" + std::to_string(i) + "\n";
+    Osl_RegularExpression re("x=[0-9]+");
+
+    std::uint64_t before = osl::platform::utf8BytesValidated();
+    std::size_t found = 0;
+    for (std::size_t pos = 0;;) {
+        const range r = re.search(subject, pos, npos);
+        if (r == Osl_RegularExpression::not_found()) break;
+        ++found;
+        pos = r.second;
+    }
+    EXPECT_EQ(found, 20000u);
+    EXPECT_LE(osl::platform::utf8BytesValidated() - before, subject.size());
+
+    before = osl::platform::utf8BytesValidated();
+    const std::size_t size = subject.size();
+    EXPECT_EQ(re.replace(subject, 0, npos, "y", true), 20000u);
+    EXPECT_LE(osl::platform::utf8BytesValidated() - before, size);
+    EXPECT_EQ(subject.find("x="), npos);
+
+    // A search from 0 checks again: the same buffer may hold other bytes now.
+    std::string line = "abc \xc3\xa9 x=1";
+    ASSERT_EQ(re.match(line), 3);
+    line[4] = '\xff';
+    EXPECT_EQ(re.match(line), -2);
+}
+
+}  // namespace

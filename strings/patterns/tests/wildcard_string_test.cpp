@@ -1,0 +1,101 @@
+// strings/patterns/tests/wildcard_string_test.cpp
+#include <vum-qib-osl/strings/wildcard_string.h>
+
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/scoped_unicode_mode.h"
+
+namespace {
+
+using osl::test::ScopedUnicodeMode;
+
+TEST(WildcardStringTest, TranslationEscapesAndAnchors) {
+    struct Case {
+        std::string wildcard;
+        std::string regexp;
+    };
+    const Case cases[] = {
+        {"*.txt", "^.*\\.txt$"},
+        {"a?c", "^a.c$"},
+        {"a+b(1)", "^a\\+b\\(1\\)$"},
+        {"\\^$.[]+|()", "^\\\\\\^\\$\\.\\[\\]\\+\\|\\(\\)$"},
+        {"{x}", "^{x}$"},                 // braces stay as they are
+        {"a\xff" "b", "^a\\\\b$"},        // 0xFF is taken for a backslash
+        {"", "^$"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.wildcard);
+        Osl_UTF8String regexp;
+        WStringAsRegexp(c.wildcard, regexp);
+        EXPECT_EQ(regexp.ToString(), c.regexp);
+    }
+}
+
+TEST(WildcardStringTest, MatchesWholeNamesOnly) {
+    struct Case {
+        const char* wildcard;
+        const char* name;
+        bool matches;
+    };
+    const Case cases[] = {
+        {"*.txt", "notes.txt", true},   {"*.txt", "notes.txt.bak", false},
+        {"*.txt", "notesXtxt", false},  {"a?c", "abc", true},
+        {"a?c", "ac", false},           {"a+b(1)", "a+b(1)", true},
+        {"a+b(1)", "aab1", false},      {"*", "", false},  // an empty match is no match
+        {"*", "x", true},               {"", "", false},
+        {"*.TXT", "notes.txt", false},  {"[ab]", "[ab]", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.wildcard) + " ~ " + c.name);
+        WildcardString w(c.wildcard, true);
+        EXPECT_EQ(w.Match(std::string(c.name)), c.matches);
+        EXPECT_EQ(w.Match(c.name, 7, 9), c.matches);
+    }
+}
+
+TEST(WildcardStringTest, HasPatternLooksAtTheTranslation) {
+    EXPECT_TRUE(WildcardString("*.txt").HasPattern());
+    EXPECT_FALSE(WildcardString("a?c").HasPattern()) << "? became a dot";
+    EXPECT_FALSE(WildcardString("plain").HasPattern());
+}
+
+TEST(WildcardStringTest, IgnoringCaseSticksAcrossSetCase) {
+    WildcardString w("*.TXT", true);
+    EXPECT_FALSE(w.Match("a.txt"));
+    w.SetCase(false);
+    EXPECT_FALSE(w.CaseSensitive());
+    EXPECT_TRUE(w.Match("a.txt"));
+    w.SetCase(true);
+    EXPECT_TRUE(w.CaseSensitive());
+    EXPECT_TRUE(w.Match("a.txt")) << "the compiled expression still ignores case";
+
+    WildcardString copy(w);  // a copy compiles afresh from its flag
+    EXPECT_FALSE(copy.Match("a.txt"));
+    WildcardString assigned("x");
+    assigned = WildcardString("*.log", false);
+    EXPECT_TRUE(assigned.Match("A.LOG"));
+    EXPECT_EQ(assigned.GetPattern().ToString(), "*.log");
+    EXPECT_EQ(assigned.AsRegexp().ToString(), "^.*\\.log$");
+    assigned.SetPattern("r??.csv");
+    EXPECT_TRUE(assigned.Match("R01.CSV"));
+}
+
+TEST(WildcardStringTest, NonAsciiNamesInBothModes) {
+    {
+        ScopedUnicodeMode unicode(true);
+        WildcardString w("r\xc3\xa9sum\xc3\xa9?.txt", false);  // résumé?.txt
+        EXPECT_TRUE(w.Match("R\xc3\x89SUM\xc3\x89\xc3\xa9.TXT"));  // one ? takes the two bytes of é
+        EXPECT_THROW(WildcardString("\xc3*"), QIBError);
+    }
+    ScopedUnicodeMode legacy(false);
+    WildcardString w("r\xe9sum\xe9?.txt", false);
+    EXPECT_TRUE(w.Match("R\xc9SUM\xc9\xe9.TXT"));
+    EXPECT_FALSE(w.Match("R\xc9SUM\xc9\xc3\xa9.TXT"));
+    EXPECT_THROW(WildcardString("{1}"), QIBError) << "braces are passed on to the expression";
+}
+
+}  // namespace
