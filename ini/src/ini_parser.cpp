@@ -4,10 +4,10 @@
 
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
+#include <vum-qib-osl/misc/wenv.h>
 
 #include "ini/src/ini_internal.h"
 
-#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -38,10 +38,7 @@ void logAndThrowIniError(const char* at, int number, long line) {
 }
 
 bool readEnvironment(const std::string& name, std::string& value) {
-    const char* text = std::getenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): callers serialise setenv
-    if (text == nullptr) return false;
-    value = text;
-    return true;
+    return WEnv::WGetEnv(name, value) != WEnv::EnvNotSet;
 }
 
 }  // namespace osl::detail
