@@ -39,8 +39,9 @@ public:
     void Init();
     /// Init from explicit settings, replacing those of an earlier Init (the records stay loaded).
     void Init(const Osl_UnicodeSettings& settings);
-    /// Where `Init()` gets its settings: the installation settings file once that reader is
-    /// installed; until then (or with an empty reader) the defaults: legacy mode, no encodings.
+    /// Where `Init()` gets its settings. By default the group "unicode" of the installation
+    /// settings file (QibFDSIni found from the library's path); an empty reader gives the defaults:
+    /// legacy mode, no encodings.
     static void SetSettingsReader(SettingsReader reader);
 
     /// True in Unicode mode (text is UTF-8), false in legacy mode. One atomic load; safe anywhere.
