@@ -204,14 +204,6 @@ bool icuIsRightToLeft(int32_t c) {
     return d == U_RIGHT_TO_LEFT || d == U_RIGHT_TO_LEFT_ARABIC;
 }
 
-std::string icuDefaultLanguage() {
-    char language[ULOC_LANG_CAPACITY];
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t n = uloc_getLanguage(uloc_getDefault(), language, ULOC_LANG_CAPACITY, &status);
-    if (U_FAILURE(status) || n <= 0 || n >= ULOC_LANG_CAPACITY) return {};
-    return std::string(language, static_cast<size_t>(n));
-}
-
 std::vector<std::string> icuCalendarNames(const std::string& locale, bool months, bool abbreviated) {
     std::vector<std::string> names;
     UErrorCode status = U_ZERO_ERROR;

@@ -140,7 +140,6 @@ struct Osl_UnicodeConfiguration::Impl {
     bool recordsLoaded = false;
     std::string localeDir;
     std::string sortOrder;
-    std::string userLanguage;  // short name of the user's language, "" when not in the records
     std::vector<EncodingRecord> encodings;                  // sorted by name, case-insensitively
     std::map<std::string, size_t> encodingByName;           // lowered record name -> index
     std::map<std::string, size_t> encodingByConverter;      // ICU canonical name -> index
@@ -304,18 +303,18 @@ void Osl_UnicodeConfiguration::SetSettingsReader(SettingsReader reader) {
 }
 
 void Osl_UnicodeConfiguration::ReadQibFdsIni() {
-    Osl_UnicodeSettings settings;
     SettingsReader reader;
     {
         std::lock_guard<std::mutex> guard(impl_->lock);
         reader = impl_->reader;
     }
-    if (reader) {
-        try {
-            settings = reader();
-        } catch (const QIBError&) {  // an unreadable settings file leaves the defaults
-            settings = Osl_UnicodeSettings();
-        }
+    // Without a reader there is no settings file to read: the mode and encodings set so far stay.
+    if (!reader) return;
+    Osl_UnicodeSettings settings;
+    try {
+        settings = reader();
+    } catch (const QIBError&) {  // an unreadable settings file leaves the defaults
+        settings = Osl_UnicodeSettings();
     }
     ApplySettings(settings);
 }
@@ -337,37 +336,45 @@ void Osl_UnicodeConfiguration::ReadLocaleIni() {
     loadRecords(*impl_);
 }
 
-void Osl_UnicodeConfiguration::Init() {
+namespace {
+// The steps of Init after the settings: ICU, the file-system encoding, the records and the UTF-8
+// locale. Case mapping follows ICU's root locale, so the user's language plays no part here.
+void completeInit(Osl_UnicodeConfiguration::Impl& impl, const std::string& localeDir) {
+    if (int rc = osl::platform::icuStart(localeDir); rc != 0) fail("Cannot initialize the Globalc library", 82, rc);
+    if (Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding().empty())
+        Osl_UnicodeConfiguration::SetOSFileSystemNativeEncoding(Osl_UnicodeConfiguration::GetCurrentEncoding());
     {
-        std::lock_guard<std::mutex> guard(impl_->lock);
-        if (impl_->initialized || !impl_->localeDir.empty()) return;
+        std::lock_guard<std::mutex> guard(impl.lock);
+        loadRecords(impl);
+        impl.initialized = true;
     }
-    ReadQibFdsIni();
-    Init(Osl_UnicodeSettings{IsUnicodeMode() ? "unicode" : "legacy", impl_->localeDir, GetCurrentEncoding(),
-                             GetOSFileSystemNativeEncoding()});
-}
-
-void Osl_UnicodeConfiguration::Init(const Osl_UnicodeSettings& settings) {
-    ApplySettings(settings);
-    if (int rc = osl::platform::icuStart(settings.localedir); rc != 0)
-        fail("Cannot initialize the Globalc library", 82, rc);
-    if (GetOSFileSystemNativeEncoding().empty()) SetOSFileSystemNativeEncoding(GetCurrentEncoding());
-    ReadLocaleIni();
-    {
-        std::lock_guard<std::mutex> guard(impl_->lock);
-        std::string language = osl::platform::icuDefaultLanguage();
-        impl_->userLanguage.clear();
-        for (const auto& [key, record] : impl_->languages)
-            if (!language.empty() && record.shortName.rfind(language, 0) == 0) impl_->userLanguage = record.shortName;
-        impl_->initialized = true;
-    }
-    if (!settings.localedir.empty()) {
+    if (!localeDir.empty()) {
         try {
             (void)Osl_UnicodeConverter::GetLocaleUTF8();
         } catch (const QIBError& e) {
             fail("Cannot get UTF8 locale, probably there is no localedir " + e.What(), 186);
         }
     }
+}
+}  // namespace
+
+void Osl_UnicodeConfiguration::Init() {
+    {
+        std::lock_guard<std::mutex> guard(impl_->lock);
+        if (impl_->initialized || !impl_->localeDir.empty()) return;
+    }
+    ReadQibFdsIni();
+    std::string localeDir;
+    {
+        std::lock_guard<std::mutex> guard(impl_->lock);
+        localeDir = impl_->localeDir;
+    }
+    completeInit(*impl_, localeDir);
+}
+
+void Osl_UnicodeConfiguration::Init(const Osl_UnicodeSettings& settings) {
+    ApplySettings(settings);
+    completeInit(*impl_, settings.localedir);
 }
 
 void Osl_UnicodeConfiguration::GetEncodings(std::list<std::string>& list) {

@@ -140,15 +140,13 @@ osl::platform::IcuStatus toSingleByte(const SingleByteTables& t, const char* src
             continue;
         }
         int k = 0;
-        for (; k < 8; ++k) {
+        for (; k < 8 && n - i >= 3; ++k) {  // a character takes at most three bytes
             uint8_t b = s[i];
             int16_t v;
             if (b < 0x80) {
                 v = fromBmp[b];
                 if (v < 0) break;
                 ++i;
-            } else if (n - i < 3) {
-                break;
             } else if (b >= 0xC2 && b < 0xE0 && (s[i + 1] & 0xC0) == 0x80) {
                 v = fromBmp[((b & 0x1Fu) << 6) | (s[i + 1] & 0x3Fu)];
                 if (v < 0) break;

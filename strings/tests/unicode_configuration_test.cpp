@@ -199,6 +199,13 @@ TEST_F(UnicodeConfigurationTest, RightToLeftAndSortOrder) {
 
 TEST_F(UnicodeConfigurationTest, InitReadsTheInstalledSettingsReader) {
     conf_->Init(Osl_UnicodeSettings{});  // no locale directory: Init() reads again after a new reader
+    Osl_UnicodeConfiguration::SetSettingsReader(nullptr);
+    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    Osl_UnicodeConfiguration::SetCurrentEncoding("MS1251");
+    conf_->Init();  // no reader: what was set stays
+    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
+
     int calls = 0;
     Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
         ++calls;

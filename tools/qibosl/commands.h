@@ -2,6 +2,8 @@
 // The subcommands of qibosl. Each returns the process exit status; a usage error throws UsageError.
 #pragma once
 
+#include <filesystem>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -22,5 +24,10 @@ int cmdDemo(const Args& args);
 // INI files (cmd_ini.cpp).
 int cmdIni(const Args& args);
 void demoSettings(const std::string& installation);
+// Environment and installation directories (cmd_env.cpp).
+int cmdEnv(const Args& args);
+int cmdDirs(const Args& args);
+void printDirectories(std::ostream& out);
+void demoEnvironment(const std::filesystem::path& installation);
 
 }  // namespace qibosl
