@@ -2,6 +2,7 @@
 // The INI reader: line splitting, group headers, keys and values, and loading a file.
 #include <vum-qib-osl/ini/ini.h>
 
+#include <vum-qib-osl/file/unicode_signature.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
 #include <vum-qib-osl/misc/wenv.h>
@@ -152,7 +153,7 @@ void Ini::ReadDataFromIniFile(std::fstream& in) {
         in.close();
         osl::detail::logAndThrowIniError("Ini::ReadDataFromIniFile", 1, __LINE__);
     }
-    // TODO(ini): skip the Unicode signature with the stream classes' SkipSignature once they exist.
+    Osl_Ifstream_SkipSignature(in);
     try {
         ReadGroups(in);
     } catch (const QIBError& e) {

@@ -50,7 +50,8 @@ TEST_F(IniParseTest, ErrorNumbersAndLines) {
         {"[a] x\n", 11, 1},
         {"[a]\t; tab before comment\n", 11, 1},
         {"  x[a]\n", 7, 1},
-        {"[\n", 9, 1},
+        {"[ \n", 9, 1},
+        {"[\n", 5, 0},  // under three bytes: the signature probe leaves the stream failed
         {"[   ]\n", 9, 1},
         {"[]\n", 9, 1},
         {"[;a]\n", 13, 1},
@@ -175,6 +176,17 @@ TEST_F(IniParseTest, MissingFileAndEmptyName) {
     Ini empty("", false);
     EXPECT_EQ(empty.begin(), empty.end());
     EXPECT_FALSE(empty.IsReadOnly());
+}
+
+TEST_F(IniParseTest, UnicodeSignatureIsSkipped) {
+    Ini ini;
+    ASSERT_EQ(load(ini, "\xEF\xBB\xBF[g]\r\nk=v\r\n"), 0);
+    EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), "v");
+    std::list<std::string> names;
+    ini.GetGroupNames(names);
+    EXPECT_EQ(names, std::list<std::string>{"g"});
+    // The signature alone is no content.
+    EXPECT_EQ(load(ini, "\xEF\xBB\xBF\n"), 5);
 }
 
 TEST_F(IniParseTest, NulBytesAndControlCharactersDoNotStopTheReader) {
