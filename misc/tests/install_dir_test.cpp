@@ -1,12 +1,15 @@
 // misc/tests/install_dir_test.cpp
 #include <vum-qib-osl/misc/install_dir.h>
 
+#include <vum-qib-osl/misc/dloadlib.h>
+
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <filesystem>
 
 #include "misc/src/install_root.h"
+#include "platform/dynamic_library.h"
 
 namespace {
 
@@ -65,6 +68,12 @@ TEST(InstallationRootTest, TheModulePathIsTheFileHoldingTheLibrary) {
     ASSERT_FALSE(path.empty());
     EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
     EXPECT_EQ(osl::detail::installationRoot(), osl::detail::installationRootFromModulePath(path));
+
+    // Code in a shared library is found in the library's file, not the program's.
+    OslLoadlibrary plugin;
+    plugin.loadLibrary(OSL_TEST_PLUGIN_PATH);
+    EXPECT_EQ(osl::platform::modulePathOf(plugin.getProcAddress("osl_test_plugin_answer")),
+              OSL_TEST_PLUGIN_PATH);
 }
 
 }  // namespace

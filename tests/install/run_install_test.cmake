@@ -12,9 +12,14 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${OSL_BINARY_DIR} --prefix ${prefix})
+# A sanitized library needs a sanitized program around it.
+set(flags "")
+if(OSL_SANITIZE)
+    set(flags "-fsanitize=${OSL_SANITIZE}")
+endif()
 run(${CMAKE_COMMAND} -S ${OSL_CONSUMER_SOURCE} -B ${OSL_WORK_DIR}/build
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${OSL_CXX_COMPILER}
-    -DCMAKE_BUILD_RPATH=${prefix}/lib)
+    -DCMAKE_BUILD_RPATH=${prefix}/lib "-DCMAKE_CXX_FLAGS=${flags}")
 run(${CMAKE_COMMAND} --build ${OSL_WORK_DIR}/build)
 run(${OSL_WORK_DIR}/build/consumer)
 message(STATUS "consumer said:\n${last_output}")

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <string>
 
+#include "osl_version.h"
 #include "tools/qibosl/commands.h"
 
 namespace qibosl {
@@ -91,7 +92,7 @@ int cmdDemo(const Args& args) {
               << "\n";
 
     section("versions");
-    QibVr_Versions::Instance().Register("qibosl", "qibosl demo");
+    QibVr_Versions::Instance().Register("qibosl", "qibosl " OSL_VERSION_STRING);
     std::cout << QibVr_Versions::Instance().ToString("qibosl");
 
     section("logging through a function channel");
