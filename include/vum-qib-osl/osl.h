@@ -19,3 +19,7 @@
 #include <vum-qib-osl/strings/unicode_configuration.h>
 #include <vum-qib-osl/strings/unicode_converter.h>
 #include <vum-qib-osl/strings/utf8_string.h>
+
+#include <vum-qib-osl/ini/ini.h>
+#include <vum-qib-osl/ini/qib_backup_ini.h>
+#include <vum-qib-osl/ini/qib_fds_ini.h>
