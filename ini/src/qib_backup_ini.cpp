@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -33,6 +34,14 @@ void BackupIni::FlushIniDataToFile(const std::string& /*fileName*/) {
     namespace fs = std::filesystem;
     try {
         SetFileName(temporary);
+        std::error_code ec;
+        const fs::file_status old = fs::status(target, ec);
+        if (!ec && fs::exists(old)) {
+            // The temporary file gets F's mode before it holds anything, so that a file readable
+            // by its owner only is never readable by others, not even half-written.
+            { std::ofstream create(temporary, std::ios::binary | std::ios::trunc); }
+            fs::permissions(temporary, old.permissions(), ec);
+        }
         try {
             Ini::FlushIniDataToFile("");
         } catch (...) {
@@ -40,9 +49,6 @@ void BackupIni::FlushIniDataToFile(const std::string& /*fileName*/) {
             fs::remove(temporary, ignored);
             throw;
         }
-        std::error_code ec;
-        const fs::file_status old = fs::status(target, ec);
-        if (!ec && fs::exists(old)) fs::permissions(temporary, old.permissions(), ec);
         if (osl::platform::syncFile(temporary) || osl::platform::replaceFile(temporary, target)) {
             fs::remove(temporary, ec);
             throwFlushError("Cannot copy file: " + temporary + " to: " + target, __LINE__);

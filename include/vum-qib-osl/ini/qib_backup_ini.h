@@ -9,7 +9,8 @@
 /// An Ini whose flush writes a numbered temporary file next to its file F (F.tmp1, F.tmp2 ...,
 /// one counter for the whole process), syncs it to the disk and then renames it over F in one
 /// step: a crash or a kill at any moment leaves F either with its old or with its new content,
-/// never half-written. F keeps its permission bits.
+/// never half-written. F keeps its permission bits (the temporary file has them from the start);
+/// a symbolic link F is replaced by a regular file.
 class OSL_API BackupIni : public Ini {
 public:
     /// Reads the file at once, writable. Throws as Ini::LoadAdd.
