@@ -29,3 +29,6 @@
 #include <vum-qib-osl/strings/auto_edit_string.h>
 #include <vum-qib-osl/strings/regular_expression.h>
 #include <vum-qib-osl/strings/wildcard_string.h>
+#include <vum-qib-osl/ini/ini.h>
+#include <vum-qib-osl/ini/qib_backup_ini.h>
+#include <vum-qib-osl/ini/qib_fds_ini.h>

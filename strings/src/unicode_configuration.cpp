@@ -8,6 +8,7 @@
 #include <vum-qib-osl/strings/unicode_converter.h>
 #include <vum-qib-osl/strings/utf8_string.h>
 
+#include "ini/src/unicode_settings.h"
 #include "platform/icu_text.h"
 #include "platform/library_location.h"
 #include "strings/src/utf_transform.h"
@@ -134,7 +135,7 @@ int32_t codePointAt(const char* p, const std::vector<int32_t>& legacyTable) {
 
 struct Osl_UnicodeConfiguration::Impl {
     std::mutex lock;  // guards every member below
-    SettingsReader reader;
+    SettingsReader reader = osl::detail::readInstallationUnicodeSettings;
     bool initialized = false;
     bool recordsLoaded = false;
     std::string localeDir;

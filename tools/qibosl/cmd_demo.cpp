@@ -215,6 +215,7 @@ int cmdDemo(const Args& args) {
 
     demoMessagesAndCommandLine();
     demoPatterns(installation);
+    demoSettings(installation.string());
     demoText();
     demoEnvironment(installation);
     return 0;

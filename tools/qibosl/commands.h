@@ -43,6 +43,9 @@ int cmdUsage(const Args& args);
 int cmdConvert(const Args& args);
 int cmdEncodings(const Args& args);
 
+// INI files (cmd_ini.cpp).
+int cmdIni(const Args& args);
+void demoSettings(const std::string& installation);
 // Environment and installation directories (cmd_env.cpp).
 int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);

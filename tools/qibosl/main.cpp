@@ -29,6 +29,7 @@ constexpr Command kCommands[] = {
     {"dirs", "dirs", qibosl::cmdDirs},
     {"match", "match", qibosl::cmdMatch},
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
+    {"ini", "ini", qibosl::cmdIni},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.

@@ -40,10 +40,11 @@ public:
     void Init();
     /// Init from explicit settings, replacing those of an earlier Init (the records stay loaded).
     void Init(const Osl_UnicodeSettings& settings);
-    /// Where `Init()` gets its settings: the installation settings file once that reader is
-    /// installed (a reader that throws QIBError gives the defaults: legacy mode, no encodings).
-    /// Without a reader, `Init()` keeps the mode and encodings set so far. Installing a reader
-    /// lets the next `Init()` read again.
+    /// Where `Init()` gets its settings. By default the group "unicode" of the installation
+    /// settings file (QibFDSIni found from the library's path); a reader that throws QIBError
+    /// (no such file, say) gives the defaults: legacy mode, no encodings. With an empty reader,
+    /// `Init()` keeps the mode and encodings set so far. Installing a reader lets the next
+    /// `Init()` read again.
     static void SetSettingsReader(SettingsReader reader);
 
     /// True in Unicode mode (text is UTF-8), false in legacy mode. One atomic load; safe anywhere.
