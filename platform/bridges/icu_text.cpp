@@ -15,7 +15,9 @@
 #include <unicode/utypes.h>
 
 #include <cstring>
+#include <map>
 #include <mutex>
+#include <utility>
 
 namespace osl::platform {
 namespace {
@@ -225,13 +227,23 @@ std::vector<std::string> icuCalendarNames(const std::string& locale, bool months
 }
 
 std::optional<int> icuCollate(const std::string& locale, bool caseless, const std::string& a, const std::string& b) {
+    // One collator per thread, locale and strength: opening one costs far more than a comparison.
+    struct CollatorCloser {
+        void operator()(UCollator* c) const { ucol_close(c); }
+    };
+    thread_local std::map<std::pair<std::string, bool>, std::unique_ptr<UCollator, CollatorCloser>> collators;
+    auto& slot = collators[{locale, caseless}];
     UErrorCode status = U_ZERO_ERROR;
-    UCollator* coll = ucol_open(locale.c_str(), &status);
-    if (U_FAILURE(status)) return std::nullopt;
-    if (caseless) ucol_setStrength(coll, UCOL_SECONDARY);
-    UCollationResult r = ucol_strcollUTF8(coll, a.data(), static_cast<int32_t>(a.size()), b.data(),
+    if (!slot) {
+        slot.reset(ucol_open(locale.c_str(), &status));
+        if (U_FAILURE(status) || !slot) {
+            slot.reset();
+            return std::nullopt;
+        }
+        if (caseless) ucol_setStrength(slot.get(), UCOL_SECONDARY);
+    }
+    UCollationResult r = ucol_strcollUTF8(slot.get(), a.data(), static_cast<int32_t>(a.size()), b.data(),
                                           static_cast<int32_t>(b.size()), &status);
-    ucol_close(coll);
     if (U_FAILURE(status)) return std::nullopt;
     return static_cast<int>(r);
 }

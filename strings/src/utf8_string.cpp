@@ -40,8 +40,10 @@ inline size_t countSteps(const char* data, size_t& i, size_t limit) {
     while (i < limit) {
         unsigned char b = s[i];
         if (b >= 0x80) {
-            i = stepFrom(data, i);
-            ++count;
+            do {  // a run of non-ASCII characters; compares instead of the table keep the chain short
+                i += b < 0xC0 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : b < 0xFC ? 5 : 6;
+                ++count;
+            } while (i < limit && (b = s[i]) >= 0x80);
         } else if (limit - i >= 8 && asciiWord(data + i)) {
             i += 8;
             count += 8;

@@ -80,13 +80,19 @@ int utf8ToUtf16Impl(const char* src, size_t srcLen, char16_t* dst, size_t dstCap
             ++s;
             continue;
         }
-        // The common 3-byte case (CJK) without the general checks: E1-EC and EE-EF take any
-        // continuation bytes.
-        if (end - s >= 3 && ((b >= 0xE1 && b <= 0xEC) || b >= 0xEE) && b <= 0xEF && isTrail(s[1]) && isTrail(s[2]) &&
-            (kRoomy || d != dend)) {
-            *d++ = static_cast<char16_t>(((b & 0x0F) << 12) | ((s[1] & 0x3F) << 6) | (s[2] & 0x3F));
-            s += 3;
-            continue;
+        // Runs of 3-byte characters (CJK) in a loop of their own. Lenient as checkSequence: E1-EF
+        // take any continuation bytes (encoded surrogates included), E0 needs A0-BF first.
+        if ((b & 0xF0) == 0xE0) {
+            const uint8_t* runStart = s;
+            while (end - s >= 3 && (kRoomy || d != dend)) {
+                uint8_t lead = s[0], c1 = s[1], c2 = s[2];
+                if ((lead & 0xF0) != 0xE0 || (((c1 & 0xC0) ^ 0x80) | ((c2 & 0xC0) ^ 0x80)) != 0 ||
+                    (lead == 0xE0 && c1 < 0xA0))
+                    break;
+                *d++ = static_cast<char16_t>(((lead & 0x0F) << 12) | ((c1 & 0x3F) << 6) | (c2 & 0x3F));
+                s += 3;
+            }
+            if (s != runStart) continue;
         }
         size_t available = static_cast<size_t>(end - s);
         size_t need = checkSequence(s, available);
