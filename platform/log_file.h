@@ -39,8 +39,8 @@ public:
     void close();
     bool isOpen() const { return fd_ >= 0; }
 
-    /// Appends a then b with a single write call; a short write is an error.
-    std::error_code append(const char* a, std::size_t aSize, const char* b, std::size_t bSize);
+    /// Appends the bytes with a single write call; a short write is an error.
+    std::error_code append(const char* data, std::size_t size);
     /// Reads up to size bytes at offset; got receives the count (0 at the end of the file).
     std::error_code readAt(char* buffer, std::size_t size, std::uint64_t offset, std::size_t& got);
     std::error_code info(FileInfo& info) const;

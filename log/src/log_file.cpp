@@ -149,13 +149,16 @@ void LogFile::writeLine(const char* text, std::size_t size) {
         }
     }
     if (!created && due(now)) rotate(now);
-    if (std::error_code ec = file_.append(text, size, "\r\n", 2)) {
+    // One write(2) per line: appends of several processes then never interleave.
+    buffer_.assign(text, size);
+    buffer_.append("\r\n", 2);
+    if (std::error_code ec = file_.append(buffer_.data(), buffer_.size())) {
         throwFileError("cannot write", settings_.path, ec, __LINE__);
     }
     if (settings_.shared) {
-        shared_.addSize(size + 2);
+        shared_.addSize(buffer_.size());
     } else {
-        localSize_ += size + 2;
+        localSize_ += buffer_.size();
     }
 }
 
@@ -197,7 +200,7 @@ bool LogFile::openLocked(osl::platform::WallTime now) {
     if ((ec = file_.readAt(first, sizeof first, 0, got))) throwFileError("cannot read", settings_.path, ec, __LINE__);
     if (got == 0) {
         const std::string header = headerRecord(osl::platform::toLocal(now));
-        if ((ec = file_.append(header.data(), header.size(), "", 0))) {
+        if ((ec = file_.append(header.data(), header.size()))) {
             throwFileError("cannot write", settings_.path, ec, __LINE__);
         }
         identity_.size = header.size();

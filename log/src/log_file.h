@@ -64,6 +64,7 @@ private:
     bool createdKnown_ = false;
     std::int64_t created_ = 0;
     std::int64_t nextIdentityCheck_ = 0;
+    std::string buffer_;  // the line being written, with its CR LF
 };
 
 }  // namespace osl::detail

@@ -6,6 +6,7 @@
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -149,30 +150,56 @@ bool CLogMsg::HasCategory(const std::string& category) {
     return log != nullptr && log->HasCategory(category);
 }
 
+// Every line needs the date and the ids; formatting them costs more than writing the line, so
+// each thread keeps them formatted: the date for the current second, the ids until they change.
+// A change of time zone shows from the next second on.
+namespace {
+
+struct HeaderCache {
+    std::int64_t second = -1;
+    const osl::platform::Clock* clock = nullptr;
+    char date[48] = {};  // "MM-DD-YYYY hh:mm:ss "
+    std::size_t dateLength = 0;
+    int pid = -1;
+    long tid = -1;
+    char ids[48] = {};  // "%5d/%5ld "
+    std::size_t idsLength = 0;
+};
+
+std::size_t clampLength(int n, std::size_t size) {
+    if (n < 0) return 0;
+    return static_cast<std::size_t>(n) < size ? static_cast<std::size_t>(n) : size - 1;
+}
+
+}  // namespace
+
 void CLogMsg::WriteHeader() {
-    const osl::platform::LocalTime t = osl::platform::localNow();
-    char header[256];
-    // Blanks at 2..11 receive the process name in Flush.
-    int n = std::snprintf(header, sizeof header, "A           %5d/%5ld %5s %02d-%02d-%04d %02d:%02d:%02d %s",
-                          osl::platform::currentProcessId(), osl::platform::currentThreadId(),
-                          category_.c_str(), t.month, t.day, t.year, t.hour, t.minute, t.second,
-                          severityTag(severity_));
-    if (n < 0) n = 0;
-    if (n >= static_cast<int>(sizeof header)) {
-        // A category longer than the buffer allows: build the same layout without the limit.
-        line_ = std::string(header, 12);
-        char ids[32];
-        std::snprintf(ids, sizeof ids, "%5d/%5ld ", osl::platform::currentProcessId(),
-                      osl::platform::currentThreadId());
-        line_ += ids;
-        line_ += category_;
-        char date[64];
-        std::snprintf(date, sizeof date, " %02d-%02d-%04d %02d:%02d:%02d %s", t.month, t.day, t.year,
-                      t.hour, t.minute, t.second, severityTag(severity_));
-        line_ += date;
-    } else {
-        line_.assign(header, static_cast<std::size_t>(n));
+    thread_local HeaderCache cache;
+    const osl::platform::Clock* clock = &osl::platform::clock();
+    const osl::platform::WallTime now = clock->now();
+    if (now.seconds != cache.second || clock != cache.clock) {
+        const osl::platform::LocalTime t = osl::platform::toLocal(now);
+        cache.dateLength = clampLength(std::snprintf(cache.date, sizeof cache.date, "%02d-%02d-%04d %02d:%02d:%02d ",
+                                                     t.month, t.day, t.year, t.hour, t.minute, t.second),
+                                       sizeof cache.date);
+        cache.second = now.seconds;
+        cache.clock = clock;
     }
+    const int pid = osl::platform::currentProcessId();
+    const long tid = osl::platform::currentThreadId();
+    if (pid != cache.pid || tid != cache.tid) {
+        cache.idsLength = clampLength(std::snprintf(cache.ids, sizeof cache.ids, "%5d/%5ld ", pid, tid), sizeof cache.ids);
+        cache.pid = pid;
+        cache.tid = tid;
+    }
+    // Blanks at 2..11 receive the process name in Flush.
+    line_.assign("A           ", 12);
+    line_.append(cache.ids, cache.idsLength);
+    if (category_.size() < 5) line_.append(5 - category_.size(), ' ');
+    line_ += category_;
+    line_ += ' ';
+    line_.append(cache.date, cache.dateLength);
+    line_ += severityTag(severity_);
     line_ += at_;
     line_ += " : ";
 }

@@ -8,7 +8,6 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -56,14 +55,13 @@ void AppendFile::close() {
     fd_ = -1;
 }
 
-std::error_code AppendFile::append(const char* a, std::size_t aSize, const char* b, std::size_t bSize) {
-    iovec parts[2] = {{const_cast<char*>(a), aSize}, {const_cast<char*>(b), bSize}};
+std::error_code AppendFile::append(const char* data, std::size_t size) {
     while (true) {
-        ssize_t n = ::writev(fd_, parts, 2);
+        ssize_t n = ::write(fd_, data, size);
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) return lastError();
         // A partial write of a regular file means the disk is full or a limit was reached.
-        if (static_cast<std::size_t>(n) != aSize + bSize) return std::make_error_code(std::errc::no_space_on_device);
+        if (static_cast<std::size_t>(n) != size) return std::make_error_code(std::errc::no_space_on_device);
         return {};
     }
 }
