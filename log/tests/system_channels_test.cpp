@@ -141,8 +141,8 @@ TEST(SnmpTrapTest, BerEncoding) {
         {berInteger(-1), "\x02\x01\xff"},
         {berInteger(-129), "\x02\x02\xff\x7f"},
         {berInteger(4294967295LL, 0x43), std::string("\x43\x05\x00\xff\xff\xff\xff", 7)},
-        {berOid("1.3.6.1.2.1.1.3.0"), "\x06\x08\x2b\x06\x01\x02\x01\x01\x03\x00"},
-        {berOid("1.3.6.1.4.1.32473.2"), "\x06\x08\x2b\x06\x01\x04\x01\x81\xfd\x59\x02"},
+        {berOid("1.3.6.1.2.1.1.3.0"), std::string("\x06\x08\x2b\x06\x01\x02\x01\x01\x03\x00", 10)},
+        {berOid("1.3.6.1.4.1.32473.2"), "\x06\x09\x2b\x06\x01\x04\x01\x81\xfd\x59\x02"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.expected));
