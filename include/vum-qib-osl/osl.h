@@ -10,3 +10,12 @@
 #include <vum-qib-osl/log/channel.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/log/log_msg.h>
+
+#include <vum-qib-osl/misc/dloadlib.h>
+#include <vum-qib-osl/misc/install_dir.h>
+#include <vum-qib-osl/misc/wenv.h>
+#include <vum-qib-osl/ini/general_configuration.h>
+
+#include <vum-qib-osl/strings/unicode_configuration.h>
+#include <vum-qib-osl/strings/unicode_converter.h>
+#include <vum-qib-osl/strings/utf8_string.h>

@@ -44,6 +44,8 @@ int cmdDemo(const Args& args) {
         OSL_LOG(SevError, "", "demo") << e;
     }
     OslLogPrint(SevSystem, "", "demo", "OslLogPrint writes through the same channels");
+
+    demoSettings(installation.string());
     return 0;
 }
 

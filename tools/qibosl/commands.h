@@ -19,4 +19,8 @@ public:
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
 
+// INI files (cmd_ini.cpp).
+int cmdIni(const Args& args);
+void demoSettings(const std::string& installation);
+
 }  // namespace qibosl

@@ -17,6 +17,9 @@ struct Command {
 constexpr Command kCommands[] = {
     {"version", "version                 the versions of every registered component", qibosl::cmdVersion},
     {"demo", "demo [INSTALLATION]     run the demonstration on an installation directory", qibosl::cmdDemo},
+    {"ini", "ini check FILE | get FILE GROUP KEY [-default=TEXT] | set FILE GROUP KEY VALUE | dump FILE\n"
+            "                          check, read, change (through a backup file) or print an INI file",
+     qibosl::cmdIni},
 };
 
 void printUsage(std::ostream& out) {

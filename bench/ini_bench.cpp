@@ -1,0 +1,153 @@
+// bench/ini_bench.cpp
+// Loading a generated 20 MB INI file with Ini, inih's INIReader and SimpleIni (each stores what it
+// reads), and looking up existing keys with Ini::GetString, SimpleIni's GetValue and POCO's
+// AbstractConfiguration::getString.
+#include <vum-qib-osl/ini/ini.h>
+
+#include <INIReader.h>
+#include <Poco/AutoPtr.h>
+#include <Poco/Util/IniFileConfiguration.h>
+#include <SimpleIni.h>
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kKeysPerGroup = 40;
+
+struct Lookup {
+    std::string group;
+    std::string key;
+    std::string dotted;  // "group.key", POCO's form
+};
+
+// The file: groups of 40 keys, values of 4 to 60 characters, a comment now and then, in all
+// about 20 MB. Made once per run in the temporary directory and removed at exit.
+class BenchFile {
+public:
+    static const BenchFile& get() {
+        static const BenchFile* file = new BenchFile;
+        return *file;
+    }
+    const std::string& path() const { return path_; }
+    const std::vector<Lookup>& lookups() const { return lookups_; }
+
+private:
+    BenchFile() {
+        path_ = (std::filesystem::temp_directory_path() / ("osl-ini-bench-" + std::to_string(::getpid()) + ".ini"))
+                    .string();
+        std::ofstream out(path_, std::ios::binary | std::ios::trunc);
+        std::size_t size = 0;
+        unsigned seed = 12345;
+        int group = 0;
+        for (; size < 20u * 1024 * 1024; ++group) {
+            std::string text = "[section_" + std::to_string(group) + "]\n";
+            if (group % 10 == 0) text += "; settings of part " + std::to_string(group) + "\n";
+            for (int k = 0; k < kKeysPerGroup; ++k) {
+                seed = seed * 1103515245u + 12345u;
+                const std::size_t length = 4 + (seed >> 16) % 57;
+                std::string value;
+                for (std::size_t i = 0; i < length; ++i) value += static_cast<char>('a' + (seed >> (i % 16)) % 26);
+                text += "key_" + std::to_string(k) + "=" + value + "\n";
+            }
+            text += "\n";
+            size += text.size();
+            out << text;
+        }
+        for (int i = 0; i < 4096; ++i) {
+            const int g = (i * 7919) % group;
+            const int k = (i * 31) % kKeysPerGroup;
+            Lookup l{"section_" + std::to_string(g), "key_" + std::to_string(k), ""};
+            l.dotted = l.group + "." + l.key;
+            lookups_.push_back(l);
+        }
+        std::atexit([] { std::remove(BenchFile::get().path().c_str()); });
+    }
+    std::string path_;
+    std::vector<Lookup> lookups_;
+};
+
+void BM_Load_osl(benchmark::State& state) {
+    const std::string& path = BenchFile::get().path();
+    for (auto _ : state) {
+        Ini ini;
+        ini.Load(path, true);
+        benchmark::DoNotOptimize(ini.GetGroupProperty("section_1"));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
+}
+BENCHMARK(BM_Load_osl)->Name("ini_load_20MB/osl")->Unit(benchmark::kMillisecond);
+
+void BM_Load_inih(benchmark::State& state) {
+    const std::string& path = BenchFile::get().path();
+    for (auto _ : state) {
+        INIReader reader(path);
+        if (reader.ParseError() != 0) state.SkipWithError("inih could not parse the file");
+        benchmark::DoNotOptimize(reader.Sections());
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
+}
+BENCHMARK(BM_Load_inih)->Name("ini_load_20MB/inih")->Unit(benchmark::kMillisecond);
+
+void BM_Load_simpleini(benchmark::State& state) {
+    const std::string& path = BenchFile::get().path();
+    for (auto _ : state) {
+        CSimpleIniA ini;
+        if (ini.LoadFile(path.c_str()) < 0) state.SkipWithError("SimpleIni could not load the file");
+        benchmark::DoNotOptimize(ini.GetSection("section_1"));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
+}
+BENCHMARK(BM_Load_simpleini)->Name("ini_load_20MB/simpleini")->Unit(benchmark::kMillisecond);
+
+void BM_GetString_osl(benchmark::State& state) {
+    static const Ini* ini = new Ini(BenchFile::get().path(), true);
+    const std::vector<Lookup>& lookups = BenchFile::get().lookups();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const Lookup& l = lookups[i++ & 4095];
+        std::string value = ini->GetString(l.group, l.key, "", nullptr);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(BM_GetString_osl)->Name("get_string/osl");
+
+void BM_GetString_simpleini(benchmark::State& state) {
+    static CSimpleIniA* ini = [] {
+        auto* loaded = new CSimpleIniA;
+        loaded->LoadFile(BenchFile::get().path().c_str());
+        return loaded;
+    }();
+    const std::vector<Lookup>& lookups = BenchFile::get().lookups();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const Lookup& l = lookups[i++ & 4095];
+        const char* value = ini->GetValue(l.group.c_str(), l.key.c_str(), "");
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(BM_GetString_simpleini)->Name("get_string/simpleini");
+
+void BM_GetString_poco(benchmark::State& state) {
+    static Poco::Util::AbstractConfiguration* config = [] {
+        auto* loaded = new Poco::Util::IniFileConfiguration(BenchFile::get().path());
+        loaded->duplicate();  // kept for the whole run
+        return loaded;
+    }();
+    const std::vector<Lookup>& lookups = BenchFile::get().lookups();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const Lookup& l = lookups[i++ & 4095];
+        std::string value = config->getString(l.dotted, "");
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(BM_GetString_poco)->Name("get_string/poco");
+
+}  // namespace

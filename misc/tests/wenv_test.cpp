@@ -1,0 +1,123 @@
+// misc/tests/wenv_test.cpp
+#include <vum-qib-osl/misc/wenv.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace {
+
+using EnvList = std::vector<std::pair<std::string, std::string>>;
+using GetFn = WEnv::EnvStatus (*)(const std::string&, std::string&);
+using PutFn = int (*)(const std::string&, const std::string&);
+
+struct Family {
+    const char* name;
+    GetFn get;
+    PutFn put;
+    void (*clear)(const std::string&);
+    void (*list)(EnvList&);
+};
+
+const Family kFamilies[] = {
+    {"plain", WEnv::WGetEnv, WEnv::WPutEnv, WEnv::WClearEnv, WEnv::WGetEnvList},
+    {"L", WEnv::WGetEnvL, WEnv::WPutEnvL, WEnv::WClearEnvL, WEnv::WGetEnvListL},
+    {"U", WEnv::WGetEnvU, WEnv::WPutEnvU, WEnv::WClearEnvU, WEnv::WGetEnvListU},
+};
+
+class WEnvTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        for (const char* name : {"OSL_WENV_A", "OSL_WENV_B", "OSL_WENV_C"}) unsetenv(name);
+    }
+};
+
+TEST_F(WEnvTest, StatusesValuesAndRemovalInEveryFamily) {
+    for (const Family& f : kFamilies) {
+        SCOPED_TRACE(f.name);
+        std::string value = "stale";
+        EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvNotSet);
+        EXPECT_EQ(value, "");
+
+        setenv("OSL_WENV_A", "", 1);
+        value = "stale";
+        EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvEmpty);
+        EXPECT_EQ(value, "");
+
+        EXPECT_EQ(f.put("OSL_WENV_A", "caf\xC3\xA9 = x"), 0);
+        EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvSet);
+        EXPECT_EQ(value, "caf\xC3\xA9 = x");
+        EXPECT_STREQ(std::getenv("OSL_WENV_A"), "caf\xC3\xA9 = x");
+
+        EXPECT_EQ(f.put("OSL_WENV_A", ""), 0);
+        EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvNotSet);
+        EXPECT_EQ(std::getenv("OSL_WENV_A"), nullptr);
+
+        f.put("OSL_WENV_A", "1");
+        f.clear("OSL_WENV_A");
+        EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvNotSet);
+        f.clear("OSL_WENV_A");  // clearing an unset variable is harmless
+    }
+}
+
+TEST_F(WEnvTest, TheEntryNameEndsAtTheFirstEquals) {
+    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=in", "value"), 0);
+    std::string value;
+    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
+    EXPECT_EQ(value, "in=value");
+    // The entry "OSL_WENV_B==" sets the value "=", it does not remove the variable.
+    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=", ""), 0);
+    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
+    EXPECT_EQ(value, "=");
+}
+
+TEST_F(WEnvTest, RefusedEntriesReturnFailureAndChangeNothing) {
+    struct Case {
+        const char* trace;
+        std::string name;
+        std::string value;
+    };
+    const Case cases[] = {
+        {"empty name", "", "x"},
+        {"name is only the equals", "=x", "y"},
+        {"NUL in name", std::string("OSL_WENV_C\0D", 12), "x"},
+        {"NUL in value", "OSL_WENV_C", std::string("a\0b", 3)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.trace);
+        EXPECT_EQ(WEnv::WPutEnv(c.name, c.value), -1);
+        EXPECT_EQ(std::getenv("OSL_WENV_C"), nullptr);
+    }
+    std::string value = "stale";
+    EXPECT_EQ(WEnv::WGetEnv("", value), WEnv::EnvNotSet);
+    EXPECT_EQ(WEnv::WGetEnv("A=B", value), WEnv::EnvNotSet);
+}
+
+TEST_F(WEnvTest, ListAppendsEveryEntrySplitAtTheFirstEquals) {
+    for (const Family& f : kFamilies) {
+        SCOPED_TRACE(f.name);
+        setenv("OSL_WENV_A", "x=y=z", 1);
+        setenv("OSL_WENV_B", "", 1);
+        EnvList list = {{"kept", "first"}};
+        f.list(list);
+        ASSERT_GE(list.size(), 3u);
+        EXPECT_EQ(list.front(), (std::pair<std::string, std::string>("kept", "first")));
+        auto find = [&](const std::string& name) {
+            return std::find_if(list.begin(), list.end(),
+                                [&](const auto& entry) { return entry.first == name; });
+        };
+        ASSERT_NE(find("OSL_WENV_A"), list.end());
+        EXPECT_EQ(find("OSL_WENV_A")->second, "x=y=z");
+        ASSERT_NE(find("OSL_WENV_B"), list.end());
+        EXPECT_EQ(find("OSL_WENV_B")->second, "");
+        std::size_t entries = 0;
+        for (char** e = environ; *e != nullptr; ++e) ++entries;
+        EXPECT_EQ(list.size(), entries + 1);
+    }
+}
+
+}  // namespace
