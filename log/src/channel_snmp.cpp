@@ -1,7 +1,10 @@
 // log/src/channel_snmp.cpp
 #include <vum-qib-osl/log/channel_snmp.h>
 
+#include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/misc/qib_error.h>
+
+#include <cstdlib>
 
 #include "log/src/snmp_trap.h"
 #include "platform/clock.h"
@@ -30,7 +33,21 @@ CChannelSnmp::CChannelSnmp(const std::string& host, int port, const std::string&
       sender_(std::make_unique<osl::platform::UdpSender>()),
       startedAt_(microsNow()) {}
 
+CChannelSnmp::CChannelSnmp(Ini& ini, const std::string& group) : CChannelSnmp() { CChannelSnmp::Configure(ini, group); }
+
 CChannelSnmp::~CChannelSnmp() = default;
+
+void CChannelSnmp::Configure(Ini& ini, const std::string& group) {
+    CChannel::Configure(ini, group);
+    host_ = ini.GetString(group, "host", "localhost", nullptr);
+    const std::string port = ini.GetString(group, "port", "162", nullptr);
+    char* end = nullptr;
+    const long value = std::strtol(port.c_str(), &end, 10);
+    port_ = (end != port.c_str() && *end == '\0' && value > 0 && value < 65536) ? static_cast<int>(value) : 162;
+    community_ = ini.GetString(group, "community", "public", nullptr);
+    sender_->close();
+    retryAt_ = 0;
+}
 
 void CChannelSnmp::Write(CLogMsg& msg) {
     if (!IsHiger(msg)) return;

@@ -13,6 +13,13 @@ CChannelSyslog::CChannelSyslog(LogSeverity level, std::string category) : CChann
     Open();
 }
 
+CChannelSyslog::CChannelSyslog(Ini& ini, const std::string& group) { CChannelSyslog::Configure(ini, group); }
+
+void CChannelSyslog::Configure(Ini& ini, const std::string& group) {
+    CChannel::Configure(ini, group);
+    Open();
+}
+
 // The source stays open when the channel goes: other channels may still use it.
 CChannelSyslog::~CChannelSyslog() = default;
 

@@ -13,6 +13,8 @@ class OSL_API CChannelDebug : public CChannel {
 public:
     CChannelDebug() = default;
     CChannelDebug(LogSeverity level, std::string category) : CChannel(level, std::move(category)) {}
+    /// Reads "level" and "category".
+    CChannelDebug(Ini& ini, const std::string& group) { CChannel::Configure(ini, group); }
     ~CChannelDebug() override;
 
     void Write(CLogMsg& msg) override;

@@ -31,8 +31,14 @@ public:
     CChannelCommonFile();
     /// The channel of CLog::SetFileChannel: no age and no size limit.
     CChannelCommonFile(const std::string& fileName, LogSeverity level, std::string category);
+    /// Configured from the group of the INI (see Configure).
+    CChannelCommonFile(Ini& ini, const std::string& group);
     ~CChannelCommonFile() override;
 
+    /// Reads "path" (default "run.log"), "level" and "category", "period" (days) and "maxsize"
+    /// (bytes), then "purgecount" and "purgeage" (days); a missing, empty or non-numeric number
+    /// is 0, that is no limit.
+    void Configure(Ini& ini, const std::string& group) override;
     void Write(CLogMsg& msg) override;
 
     const std::string& GetPath() const { return path_; }
@@ -48,6 +54,8 @@ public:
     void SetPurgeCount(std::uint32_t count);
     /// Delete backups older than days after a rotation; 0: no limit.
     void SetPurgeAge(std::uint32_t days);
+    /// Another file from the next line on.
+    void SetPath(const std::string& path);
 
 protected:
     /// The file's name as the channel writes it (the private channel adds its process id).
@@ -73,6 +81,7 @@ class OSL_API CChannelPrivateFile : public CChannelCommonFile {
 public:
     CChannelPrivateFile();
     CChannelPrivateFile(const std::string& fileName, LogSeverity level, std::string category);
+    CChannelPrivateFile(Ini& ini, const std::string& group);
     ~CChannelPrivateFile() override;
 
     /// The path with the process id, as written.

@@ -22,8 +22,12 @@ public:
     CChannelSnmp();
     CChannelSnmp(const std::string& host, int port, const std::string& community, LogSeverity level,
                  std::string category);
+    CChannelSnmp(Ini& ini, const std::string& group);
     ~CChannelSnmp() override;
 
+    /// Reads "level" and "category", "host" (default "localhost"), "port" (default 162; a value
+    /// that is not a port number gives 162) and "community" (default "public").
+    void Configure(Ini& ini, const std::string& group) override;
     void Write(CLogMsg& msg) override;
 
     const std::string& GetHost() const { return host_; }

@@ -17,7 +17,11 @@ public:
     /// Level none; opens the system log.
     CChannelSyslog();
     CChannelSyslog(LogSeverity level, std::string category);
+    CChannelSyslog(Ini& ini, const std::string& group);
     ~CChannelSyslog() override;
+
+    /// Reads "level" and "category", then opens the system log.
+    void Configure(Ini& ini, const std::string& group) override;
 
     void Write(CLogMsg& msg) override;
 
