@@ -46,6 +46,7 @@ int cmdDemo(const Args& args) {
     OslLogPrint(SevSystem, "", "demo", "OslLogPrint writes through the same channels");
 
     demoSettings(installation.string());
+    demoLogging(installation.string());
     return 0;
 }
 

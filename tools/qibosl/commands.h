@@ -21,6 +21,9 @@ int cmdDemo(const Args& args);
 
 // INI files (cmd_ini.cpp).
 int cmdIni(const Args& args);
+int cmdLog(const Args& args);
 void demoSettings(const std::string& installation);
+/// The demo's logging part: the example installation's logging configuration.
+void demoLogging(const std::string& installation);
 
 }  // namespace qibosl
