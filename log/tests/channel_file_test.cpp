@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "log/src/log_file.h"
@@ -244,6 +246,29 @@ TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
     EXPECT_EQ(LogFile::backups(mine).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(path_));
     EXPECT_FALSE(std::filesystem::exists(mine + ".lock"));
+}
+
+TEST_F(FileChannelTest, ThreadsLoggingAtOnceKeepEveryLineWhole) {
+    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    channel->SetMaxSize(4000);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            CLogMsg msg("t", "", SevInfo);
+            for (int n = 0; n < 300; ++n) msg << "thread " << t << " line " << n << flush;
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::vector<std::string> files = LogFile::backups(path_);
+    EXPECT_GT(files.size(), 10u);
+    files.push_back(path_);
+    std::set<std::string> bodies;
+    for (const std::string& file : files) {
+        const std::vector<std::string> all = lines(file);
+        ASSERT_FALSE(all.empty());
+        for (std::size_t i = 1; i < all.size(); ++i) EXPECT_TRUE(bodies.insert(body(all[i])).second) << all[i];
+    }
+    EXPECT_EQ(bodies.size(), 1200u);
 }
 
 TEST_F(FileChannelTest, FailuresThrowFromTheChannelAndAreDroppedByTheLogger) {
