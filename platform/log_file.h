@@ -71,8 +71,11 @@ public:
     /// Opens or creates the lock file and maps its record.
     std::error_code open(const std::string& lockPath);
     bool isOpen() const { return record_ != nullptr; }
+    void close();
 
-    /// Blocks until this open lock file holds the exclusive lock. Not re-entrant.
+    /// Blocks until this open lock file holds the exclusive lock. Not re-entrant. The lock belongs
+    /// to the open file: a child process must open the lock file again to be excluded from its
+    /// parent.
     std::error_code lock();
     void unlock();
 

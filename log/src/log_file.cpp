@@ -16,6 +16,8 @@
 
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include "platform/process.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -62,10 +64,15 @@ class LogFile::Guard {
 public:
     explicit Guard(LogFile& file) : file_(file), lock_(rotationMutex()) {
         if (!file_.settings_.shared) return;
+        // A flock belongs to the open file, which a child shares with its parent after fork:
+        // the child opens the lock file anew, or the two would not exclude each other.
+        const int pid = osl::platform::currentProcessId();
+        if (file_.shared_.isOpen() && file_.sharedOwner_ != pid) file_.shared_.close();
         if (!file_.shared_.isOpen()) {
             if (std::error_code ec = file_.shared_.open(file_.lockPath_)) {
                 throwFileError("cannot open the lock file", file_.lockPath_, ec, __LINE__);
             }
+            file_.sharedOwner_ = pid;
         }
         if (std::error_code ec = file_.shared_.lock()) throwFileError("cannot lock", file_.lockPath_, ec, __LINE__);
     }

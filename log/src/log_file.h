@@ -59,6 +59,7 @@ private:
     osl::platform::AppendFile file_;
     osl::platform::FileInfo identity_;
     osl::platform::SharedLogState shared_;
+    int sharedOwner_ = 0;  // the process that opened shared_
     std::uint64_t generation_ = 0;
     std::uint64_t localSize_ = 0;
     bool createdKnown_ = false;

@@ -127,9 +127,13 @@ struct SharedLogState::Record {
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the shared record needs lock-free atomics");
 
-SharedLogState::~SharedLogState() {
+SharedLogState::~SharedLogState() { close(); }
+
+void SharedLogState::close() {
     if (record_ != nullptr) ::munmap(record_, sizeof(Record));
     if (fd_ >= 0) ::close(fd_);
+    record_ = nullptr;
+    fd_ = -1;
 }
 
 std::error_code SharedLogState::open(const std::string& lockPath) {
