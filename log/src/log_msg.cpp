@@ -192,14 +192,30 @@ void CLogMsg::WriteHeader() {
         cache.pid = pid;
         cache.tid = tid;
     }
-    // Blanks at 2..11 receive the process name in Flush.
-    line_.assign("A           ", 12);
-    line_.append(cache.ids, cache.idsLength);
-    if (category_.size() < 5) line_.append(5 - category_.size(), ' ');
-    line_ += category_;
-    line_ += ' ';
-    line_.append(cache.date, cache.dateLength);
-    line_ += severityTag(severity_);
+    // The fixed part in one piece; blanks at 2..11 receive the process name in Flush.
+    char head[160];
+    std::size_t n = 0;
+    auto put = [&head, &n](const char* text, std::size_t size) {
+        if (n + size > sizeof head) size = sizeof head - n;
+        std::memcpy(head + n, text, size);
+        n += size;
+    };
+    put("A           ", 12);
+    put(cache.ids, cache.idsLength);
+    if (category_.size() < 5) put("     ", 5 - category_.size());
+    if (category_.size() <= 32) {
+        put(category_.data(), category_.size());
+        put(" ", 1);
+        put(cache.date, cache.dateLength);
+        put(severityTag(severity_), 7);
+        line_.assign(head, n);
+    } else {
+        line_.assign(head, n);
+        line_ += category_;
+        line_ += ' ';
+        line_.append(cache.date, cache.dateLength);
+        line_.append(severityTag(severity_), 7);
+    }
     line_ += at_;
     line_ += " : ";
 }
