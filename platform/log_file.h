@@ -84,6 +84,8 @@ public:
     std::uint64_t size() const;
     void setSize(std::uint64_t size);
     void addSize(std::uint64_t bytes);
+    /// Raises the size to at least this many bytes.
+    void raiseSize(std::uint64_t size);
     /// Identity of the file that size() counts.
     bool counts(const FileInfo& info) const;
     void setCounted(const FileInfo& info);

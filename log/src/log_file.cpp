@@ -153,6 +153,10 @@ void LogFile::writeLine(const char* text, std::size_t size) {
         if (ec || !current.sameFile(identity_)) {
             Guard guard(*this);
             created = openLocked(now);
+        } else if (settings_.shared) {
+            shared_.raiseSize(current.size);  // counts what other programs appended too
+        } else if (current.size > localSize_) {
+            localSize_ = current.size;
         }
     }
     if (!created && due(now)) rotate(now);
@@ -238,14 +242,20 @@ void LogFile::rotate(osl::platform::WallTime now) {
     // moves on by a microsecond: an existing backup is never replaced.
     osl::platform::WallTime stamp = now;
     std::error_code ec;
+    std::string backup;
+    bool linked = true;
     for (int attempt = 0; attempt < 1000; ++attempt) {
-        const std::string backup = backupName(settings_.path, osl::platform::toLocal(stamp));
+        backup = backupName(settings_.path, osl::platform::toLocal(stamp));
         ec = osl::platform::linkFile(settings_.path, backup);
         if (ec && ec != std::errc::file_exists) {
             // A file system without hard links: rename, after making sure the name is free.
             osl::platform::FileInfo existing;
-            if (!osl::platform::statFile(backup, existing) && !existing.exists) {
+            if ((ec = osl::platform::statFile(backup, existing))) break;
+            if (existing.exists) {
+                ec = std::make_error_code(std::errc::file_exists);
+            } else {
                 ec = osl::platform::renameFile(settings_.path, backup);
+                linked = false;
             }
         }
         if (ec != std::errc::file_exists) break;
@@ -259,6 +269,13 @@ void LogFile::rotate(osl::platform::WallTime now) {
         throwFileError("cannot rename to its backup", settings_.path, ec, __LINE__);
     }
     if ((ec = osl::platform::renameFile(fresh, settings_.path))) {
+        // Undo the backup name: the file stays the log, and its lines stay in one file only.
+        if (linked) {
+            osl::platform::removeFile(backup);
+        } else {
+            osl::platform::renameFile(backup, settings_.path);
+        }
+        osl::platform::removeFile(fresh);
         throwFileError("cannot create", settings_.path, ec, __LINE__);
     }
     if (settings_.shared) shared_.bumpGeneration();

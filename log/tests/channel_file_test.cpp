@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 #include <thread>
@@ -194,6 +195,18 @@ TEST_F(FileChannelTest, FileRemovedByAnotherProgramIsCreatedAgain) {
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240305140711");
     EXPECT_EQ(body(now[1]), "second");
+}
+
+TEST_F(FileChannelTest, AppendsOfOtherProgramsCountWithinASecond) {
+    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    channel->SetMaxSize(1000);
+    line("first");
+    std::ofstream(path_, std::ios::app) << std::string(2000, 'x') << "\r\n";
+    clock.advance(2);
+    line("second");
+    EXPECT_EQ(LogFile::backups(path_).size(), 1u);
+    EXPECT_EQ(lines(path_).size(), 2u);
 }
 
 TEST_F(FileChannelTest, BackupNamesNeverCollide) {

@@ -175,6 +175,12 @@ std::uint64_t SharedLogState::size() const { return record_->size.load(std::memo
 void SharedLogState::setSize(std::uint64_t size) { record_->size.store(size, std::memory_order_relaxed); }
 void SharedLogState::addSize(std::uint64_t bytes) { record_->size.fetch_add(bytes, std::memory_order_relaxed); }
 
+void SharedLogState::raiseSize(std::uint64_t size) {
+    std::uint64_t known = record_->size.load(std::memory_order_relaxed);
+    while (known < size && !record_->size.compare_exchange_weak(known, size, std::memory_order_relaxed)) {
+    }
+}
+
 bool SharedLogState::counts(const FileInfo& info) const {
     return record_->device.load(std::memory_order_relaxed) == info.device &&
            record_->inode.load(std::memory_order_relaxed) == info.inode;
