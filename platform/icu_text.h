@@ -63,8 +63,6 @@ int icuCharCategory(int32_t c);
 int icuCharClass(int32_t c);
 /// True for right-to-left letters (bidirectional classes R and AL).
 bool icuIsRightToLeft(int32_t c);
-/// The language of the process's default locale ("en").
-std::string icuDefaultLanguage();
 
 /// Month or weekday names of a locale in UTF-8: 12 months, or 7 weekdays from Sunday.
 std::vector<std::string> icuCalendarNames(const std::string& locale, bool months, bool abbreviated);

@@ -102,14 +102,4 @@ TEST_F(GeneralConfigurationTest, FixedDirectoryPathEndsInOneSlash) {
     }
 }
 
-TEST_F(GeneralConfigurationTest, SystemTempDirectoryComesFromTmpdir) {
-    const char* old = getenv("TMPDIR");
-    const std::string saved = old != nullptr ? old : "";
-    setenv("TMPDIR", "/var/tmp/x", 1);
-    EXPECT_EQ(GeneralConfiguration::GetSystemTempDirectory(), "/var/tmp/x/");
-    unsetenv("TMPDIR");
-    EXPECT_EQ(GeneralConfiguration::GetSystemTempDirectory(), "/tmp/");
-    if (old != nullptr) setenv("TMPDIR", saved.c_str(), 1);
-}
-
 }  // namespace

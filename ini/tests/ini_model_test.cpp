@@ -36,6 +36,10 @@ TEST(StrCmpInSensitiveTest, FoldsAsciiLettersOnly) {
         {"_", "a", false},      // "_" (0x5F) sorts after "A" (0x41), the folded "a"
         {"Z", "_", true},       {"\xc3\xa9", "\xc3\x89", false},  // é vs É: different bytes stay
         {"\xc3\x89", "\xc3\xa9", true}, {"a\x80", "A\x7f", false},  // unsigned comparison
+        // Longer than one eight-byte step: case differences early, real ones late.
+        {"SECTION_12", "section_13", true}, {"section_13", "SECTION_12", false},
+        {"abcdefghIJ", "ABCDEFGHij", false}, {"ABCDEFGHij", "abcdefghIJ", false},
+        {"abcdefghijklmnop_", "ABCDEFGHIJKLMNOPa", false}, {"abcdefghijklmnopq", "abcdefghijklmnop", false},
     };
     const StrCmpInSensitive less;
     for (const Case& c : cases) {

@@ -10,64 +10,30 @@
 
 namespace {
 
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        const char* old = getenv(name);
-        if (old != nullptr) old_ = old;
-        had_ = old != nullptr;
-        if (value != nullptr) {
-            setenv(name, value, 1);
-        } else {
-            unsetenv(name);
-        }
-    }
-    ~ScopedEnv() {
-        if (had_) {
-            setenv(name_, old_.c_str(), 1);
-        } else {
-            unsetenv(name_);
-        }
-    }
-
-private:
-    const char* name_;
-    std::string old_;
-    bool had_ = false;
-};
-
-TEST(GetBinDirTest, ReadsTheVariableAtEveryCall) {
-    {
-        ScopedEnv env("DECOLLATOR_DIR", "/opt/decollator");
-        EXPECT_EQ(GetBinDir(), "/opt/decollator");
-        setenv("DECOLLATOR_DIR", "/srv/other", 1);
-        EXPECT_EQ(GetBinDir(), "/srv/other");
-    }
-    ScopedEnv unset("DECOLLATOR_DIR", nullptr);
+// Each test runs in a process of its own under ctest; the variables are put back all the same.
+TEST(InstallDirTest, BinDirIsReadAtEveryCallAndNoRegistryChangesIt) {
+    setenv("DECOLLATOR_DIR", "/opt/decollator", 1);
+    EXPECT_EQ(GetBinDir(), "/opt/decollator");
+    setenv("DECOLLATOR_DIR", "/srv/other", 1);
+    EXPECT_EQ(SetDECOLLATOR_DIRFromRegesistry(), -1);
+    EXPECT_EQ(GetBinDir(), "/srv/other");
+    unsetenv("DECOLLATOR_DIR");
     EXPECT_EQ(GetBinDir(), "");
 }
 
-TEST(SetDecollatorDirTest, WithoutARegistryTheKeyCannotBeOpened) {
-    ScopedEnv env("DECOLLATOR_DIR", "/from/environment");
-    EXPECT_EQ(SetDECOLLATOR_DIRFromRegesistry(), -1);
-    EXPECT_EQ(GetBinDir(), "/from/environment");
-}
-
-TEST(BGetTempPathTest, GivesTmpdirWithAFinalSlashElseTmp) {
-    std::string path;
-    {
-        ScopedEnv env("TMPDIR", "/var/tmp/osl");
+TEST(InstallDirTest, TempPathIsTmpdirWithAFinalSlashElseTmp) {
+    const char* old = getenv("TMPDIR");
+    const std::string saved = old != nullptr ? old : "";
+    const std::pair<const char*, const char*> cases[] = {
+        {"/var/tmp/osl", "/var/tmp/osl/"}, {"/var/tmp/", "/var/tmp/"}, {"", "/tmp/"}, {nullptr, "/tmp/"}};
+    for (const auto& [tmpdir, expected] : cases) {
+        SCOPED_TRACE(tmpdir != nullptr ? tmpdir : "unset");
+        tmpdir != nullptr ? setenv("TMPDIR", tmpdir, 1) : unsetenv("TMPDIR");
+        std::string path;
         EXPECT_TRUE(bGetTempPath(path));
-        EXPECT_EQ(path, "/var/tmp/osl/");
+        EXPECT_EQ(path, expected);
     }
-    {
-        ScopedEnv env("TMPDIR", "");
-        EXPECT_TRUE(bGetTempPath(path));
-        EXPECT_EQ(path, "/tmp/");
-    }
-    ScopedEnv env("TMPDIR", nullptr);
-    EXPECT_TRUE(bGetTempPath(path));
-    EXPECT_EQ(path, "/tmp/");
+    old != nullptr ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
 }
 
 TEST(InstallationRootTest, CutAtTheLastBinElseTheParentOfTheModuleDirectory) {

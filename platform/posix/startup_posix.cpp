@@ -3,6 +3,8 @@
 // destructor shuts it down, so the exits run in reverse order at process exit.
 #include "platform/startup.h"
 
+#include "platform/icu_text.h"
+
 #include <atomic>
 #include <ctime>
 #include <mutex>
@@ -16,6 +18,12 @@ std::atomic<int> startCount{0};
 // Local time is read with localtime_r, which does not look at TZ by itself.
 struct TimeService {
     TimeService() { tzset(); }
+};
+
+// ICU loads its data once; a locale directory set later by the Unicode configuration is handed
+// over then. ICU's own clean-up is left to the process exit: other libraries may still use it.
+struct TextService {
+    TextService() { (void)icuStart(std::string()); }
 };
 
 std::mutex& enderLock() {
@@ -33,6 +41,7 @@ std::vector<std::function<void()>>& enders() {  // guarded by enderLock()
 void startServices() {
     static const bool started = [] {
         static TimeService time;
+        static TextService text;
         startCount.fetch_add(1);
         return true;
     }();

@@ -2,6 +2,8 @@
 // The subcommands of qibosl. Each returns the process exit status; a usage error throws UsageError.
 #pragma once
 
+#include <filesystem>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -23,6 +25,11 @@ int cmdDemo(const Args& args);
 int cmdIni(const Args& args);
 int cmdLog(const Args& args);
 void demoSettings(const std::string& installation);
+// Environment and installation directories (cmd_env.cpp).
+int cmdEnv(const Args& args);
+int cmdDirs(const Args& args);
+void printDirectories(std::ostream& out);
+void demoEnvironment(const std::filesystem::path& installation);
 /// The demo's logging part: the example installation's logging configuration.
 void demoLogging(const std::string& installation);
 

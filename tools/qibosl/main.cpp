@@ -20,6 +20,8 @@ constexpr Command kCommands[] = {
     {"ini", "ini check FILE | get FILE GROUP KEY [-default=TEXT] | set FILE GROUP KEY VALUE | dump FILE\n"
             "                          check, read, change (through a backup file) or print an INI file",
      qibosl::cmdIni},
+    {"env", "env [NAME]              the environment, or one variable with its status", qibosl::cmdEnv},
+    {"dirs", "dirs [VARIABLE...]      the installation directories (root from DECOLLATOR_DIR) and temp", qibosl::cmdDirs},
     {"log", "log -config=INI -process=NAME -severity=S [-category=C] [-at=A] TEXT...\n"
             "                          log one message through the channels the INI configures",
      qibosl::cmdLog},

@@ -33,14 +33,18 @@ public:
     static Osl_UnicodeConfiguration* Instance();
 
     /// Reads the settings (`ReadQibFdsIni`), initialises ICU, sets the encodings and reads the
-    /// encoding and language records. Does nothing after a successful Init. Throws QIBError:
-    /// "localedir is not set" (98) in Unicode mode without a locale directory, and the record
-    /// look-up failures.
+    /// encoding and language records. Does nothing after a successful Init or while a locale
+    /// directory is set. Throws QIBError: "localedir is not set" (98) when the settings ask for
+    /// Unicode mode without a locale directory; "Cannot read the encoding records ..." when the
+    /// records file is missing.
     void Init();
     /// Init from explicit settings, replacing those of an earlier Init (the records stay loaded).
     void Init(const Osl_UnicodeSettings& settings);
-    /// Where `Init()` gets its settings: the installation settings file once that reader is
-    /// installed; until then (or with an empty reader) the defaults: legacy mode, no encodings.
+    /// Where `Init()` gets its settings. By default the group "unicode" of the installation
+    /// settings file (QibFDSIni found from the library's path); a reader that throws QIBError
+    /// (no such file, say) gives the defaults: legacy mode, no encodings. With an empty reader,
+    /// `Init()` keeps the mode and encodings set so far. Installing a reader lets the next
+    /// `Init()` read again.
     static void SetSettingsReader(SettingsReader reader);
 
     /// True in Unicode mode (text is UTF-8), false in legacy mode. One atomic load; safe anywhere.

@@ -48,6 +48,27 @@ check ini-dump 0 "$qibosl" ini dump "$ini_dir/ok.ini"
 [ "$(ls "$ini_dir")" = "$(printf 'bad.ini\nok.ini')" ] || { echo "FAIL ini set: leftovers"; ls "$ini_dir"; fail=1; }
 check ini-usage 2 "$qibosl" ini get "$ini_dir/ok.ini" a
 rm -rf "$ini_dir"
+grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
+grep -q 'differs' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+# env and dirs
+check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
+grep -qx 'QIBOSL_CLI_SET=value' /tmp/qibosl-cli.$$.out || { echo "FAIL env: set variable"; fail=1; }
+check env-empty 0 env QIBOSL_CLI_SET= "$qibosl" env QIBOSL_CLI_SET
+grep -q 'set to the empty text' /tmp/qibosl-cli.$$.out || { echo "FAIL env: empty variable"; fail=1; }
+check env-unset 1 env -u QIBOSL_CLI_SET "$qibosl" env QIBOSL_CLI_SET
+check env-list 0 env QIBOSL_CLI_SET=a=b "$qibosl" env
+grep -qx 'QIBOSL_CLI_SET=a=b' /tmp/qibosl-cli.$$.out || { echo "FAIL env: list"; fail=1; }
+check env-two-args 2 "$qibosl" env A B
+check dirs 0 env DECOLLATOR_DIR=/opt/qib TMPDIR=/var/tmp "$qibosl" dirs
+grep -q '^  log  */opt/qib/log/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: log directory"; fail=1; }
+grep -q '^temp directory  */var/tmp/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: temp"; fail=1; }
+check dirs-second-variable 0 env -u DECOLLATOR_DIR QIB_ROOT=/srv/q/ "$qibosl" dirs DECOLLATOR_DIR QIB_ROOT
+grep -q '^  root  */srv/q/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: second variable"; fail=1; }
+check dirs-unset 1 env -u DECOLLATOR_DIR "$qibosl" dirs
+check demo-env 0 "$qibosl" demo "$installation"
+grep -q 'GeneralConfiguration::Init on an unset variable throws the integer 2' /tmp/qibosl-cli.$$.out ||
+    { echo "FAIL demo: environment section"; fail=1; }
+grep -q 'programm misc\\src\\dloadlib 76' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: dloadlib"; fail=1; }
 # log: one message through the channels of a logging configuration
 log_dir=$(mktemp -d)
 printf '[logging]\nchannels=f\n[f]\ntype=text-file\nlevel=warning\ncategory=*\npath=%s/run.log\n' "$log_dir" >"$log_dir/log.ini"

@@ -1,0 +1,38 @@
+// ini/tests/api_test.cpp
+// Against the shared library: the INI classes a product program uses.
+#include <vum-qib-osl/ini/ini.h>
+#include <vum-qib-osl/ini/qib_backup_ini.h>
+#include <vum-qib-osl/ini/qib_fds_ini.h>
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+TEST(IniApiTest, ExportedFromTheSharedLibrary) {
+    osl::test::TempDir dir;
+    std::filesystem::create_directories(dir.path() / "config");
+    const std::string file = dir.file("config/qib_fds.ini");
+    osl::test::writeFile(file, "[default]\nk=d\n[g]\nx=1\n");
+
+    BackupIni backup(file);
+    EXPECT_TRUE(backup.SetKeyValue("new", "k", "v"));
+    backup.FlushIniDataToFile("");
+    const QibFDSIni settings(dir.path().string(), true);
+    EXPECT_EQ(settings.GetProperty("g", "k"), "d");
+    EXPECT_EQ(settings.GetProperty("new", "k"), "v");
+
+    const Ini ini(file);
+    int groups = 0;
+    for (IniGroupIterator it = ini.begin(); it != ini.end(); it++) ++groups;
+    EXPECT_EQ(groups, 3);
+    EXPECT_TRUE(StrCmpInSensitive()("a", "B"));
+    EXPECT_EQ(Ini::ExceptionNumberToString(5), "Ini file is empty");
+    EXPECT_THROW(Ini(dir.file("missing.ini")), QIBError);
+}
+
+}  // namespace

@@ -1,0 +1,336 @@
+// strings/tests/unicode_converter_test.cpp
+#include <vum-qib-osl/strings/unicode_converter.h>
+
+#include <vum-qib-osl/log/log.h>
+#include <vum-qib-osl/strings/unicode_configuration.h>
+
+#include "platform/icu_text.h"
+#include "tests/support/scoped_unicode_mode.h"
+
+#include <gtest/gtest.h>
+#include <iconv.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string hex(const std::string& s) {
+    std::string out;
+    char buf[4];
+    for (unsigned char c : s) {
+        std::snprintf(buf, sizeof buf, "%02X ", c);
+        out += buf;
+    }
+    return out;
+}
+
+// glibc's iconv, the reference for the EBCDIC code pages.
+std::string iconvConvert(const char* to, const char* from, const std::string& in) {
+    iconv_t cd = iconv_open(to, from);
+    if (cd == reinterpret_cast<iconv_t>(-1)) return "<no iconv " + std::string(from) + ">";
+    std::string out(in.size() * 4 + 16, '\0');
+    char* src = const_cast<char*>(in.data());
+    size_t srcLeft = in.size();
+    char* dst = out.data();
+    size_t dstLeft = out.size();
+    size_t rc = iconv(cd, &src, &srcLeft, &dst, &dstLeft);
+    if (rc != static_cast<size_t>(-1)) rc = iconv(cd, nullptr, nullptr, &dst, &dstLeft);
+    iconv_close(cd);
+    if (rc == static_cast<size_t>(-1)) return "<iconv failed>";
+    out.resize(out.size() - dstLeft);
+    return out;
+}
+
+std::vector<std::string>& logLines() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+void captureLine(const char* line) { logLines().push_back(line); }
+
+}  // namespace
+
+TEST(UnicodeConverterTest, Utf8AndUcs2RoundTripIncludingLoneSurrogates) {
+    const std::u16string texts[] = {u"", u"plain ascii text", u"a\u00E9\u20AC", u"\u65E5\u672C\u8A9E",
+                                    u"x\U0001F600y", std::u16string(u"a\xD800" u"b"), std::u16string(u"\xDC00")};
+    for (const auto& text : texts) {
+        SCOPED_TRACE(text.size());
+        Osl_UnicodeConverter converter;
+        std::string utf8;
+        EXPECT_EQ(converter.ConvertUCS2toUTF8(text, utf8), ConversionOK);
+        EXPECT_EQ(converter.GetHandledLength(), static_cast<int>(text.size()));
+        std::u16string back;
+        EXPECT_EQ(converter.ConvertUTF8toUCS2(utf8, back), ConversionOK);
+        EXPECT_EQ(back, text);
+    }
+    std::string utf8;
+    Osl_UnicodeConverter converter;
+    converter.ConvertUCS2toUTF8(u"\u00E9\u20AC\U0001F600", utf8);
+    EXPECT_EQ(utf8, "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
+}
+
+TEST(UnicodeConverterTest, Utf8ToUcs2ReportsCutIllegalAndFullDestination) {
+    struct Case {
+        std::string in;
+        size_t capacity;
+        ConversionRC rc;
+        int handled;
+        size_t written;
+    } cases[] = {
+        {"a\xE2\x82", 10, ConversionSourceCut, 1, 1},      // cut 3-byte character
+        {"ab\xF0\x9F\x98", 10, ConversionSourceCut, 2, 2},  // cut 4-byte character
+        {"a\x80z", 10, ConversionIllegal, 1, 1},            // stray continuation byte
+        {"\xC0\x80", 10, ConversionIllegal, 0, 0},          // overlong
+        {"\xE2\x41\x41", 10, ConversionIllegal, 0, 0},      // lead without continuation
+        {"\xF8\x88\x80\x80\x80", 10, ConversionIllegal, 0, 0},
+        {"\xFC\x84\x80\x80\x80\x80", 10, ConversionIllegal, 0, 0},
+        {"\xF4\x90\x80\x80", 10, ConversionIllegal, 0, 0},  // above U+10FFFF
+        {"abcdefghij", 4, ConversionNoSpace, 4, 4},
+        {"a\xF0\x9F\x98\x80", 2, ConversionNoSpace, 1, 1},  // a pair does not fit in one unit
+        {"", 0, ConversionOK, 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(hex(c.in));
+        Osl_UnicodeConverter converter;
+        std::vector<char16_t> out(c.capacity + 1);
+        size_t len = c.capacity;
+        EXPECT_EQ(converter.ConvertUTF8toUCS2(c.in.data(), c.in.size(), out.data(), len), c.rc);
+        EXPECT_EQ(converter.GetHandledLength(), c.handled);
+        EXPECT_EQ(len, c.written);
+    }
+}
+
+TEST(UnicodeConverterTest, Ucs2ToUtf8StopsBeforeAHalfPairAndAFullDestination) {
+    Osl_UnicodeConverter converter;
+    char out[16];
+    const char16_t cut[] = {u'a', 0xD83D};
+    size_t len = sizeof out;
+    EXPECT_EQ(converter.ConvertUCS2toUTF8(cut, 2, out, len), ConversionSourceCut);
+    EXPECT_EQ(converter.GetHandledLength(), 1);
+    EXPECT_EQ(len, 1u);
+
+    const char16_t text[] = {u'a', 0x20AC};
+    len = 3;
+    EXPECT_EQ(converter.ConvertUCS2toUTF8(text, 2, out, len), ConversionNoSpace);
+    EXPECT_EQ(converter.GetHandledLength(), 1);
+    EXPECT_EQ(len, 1u);
+}
+
+TEST(UnicodeConverterTest, VisualForm) {
+    struct Case {
+        std::string utf8;
+        std::string visual;
+    } cases[] = {
+        {"a", "\xFE\xFE\x61"},
+        {"\xC3\xA9", "\xFE\xC3\xA9"},
+        {"\xE6\x97\xA5", "\xE6\x97\xA5\xFF\xFF\xFF"},  // wide CJK character
+        {"\xE2\x82\xAC", "\xE2\x82\xAC"},              // narrow 3-byte character
+        {"a\xF0\x9F\x98\x80z", "\xFE\xFE\x61"},        // a 4-byte character ends the conversion
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(hex(c.utf8));
+        Osl_UnicodeConverter converter;
+        std::string visual;
+        EXPECT_EQ(converter.ConvertUTF8toVisual(c.utf8, visual), ConversionOK);
+        EXPECT_EQ(hex(visual), hex(c.visual));
+    }
+    Osl_UnicodeConverter converter;
+    std::string utf8;
+    EXPECT_EQ(converter.ConvertVisualtoUTF8(std::string("\xFE\xFE\x61\xFF"), utf8), ConversionOK);
+    EXPECT_EQ(utf8, "a");
+    std::u16string wide;
+    converter.ConvertVisualtoUCS2(std::string("\xFE\xFE\x61\xE6\x97\xA5\xFF\xFF\xFF"), wide);
+    EXPECT_EQ(wide, u"a\u65E5");
+    std::string visual;
+    converter.ConvertUCS2toVisual(u"a\u65E5", visual);
+    EXPECT_EQ(hex(visual), hex("\xFE\xFE\x61\xE6\x97\xA5\xFF\xFF\xFF"));
+    EXPECT_EQ(converter.GetHandledLength(), 2);
+}
+
+TEST(UnicodeConverterTest, WideRanges) {
+    struct Case {
+        char16_t c;
+        bool wide;
+    } cases[] = {{0x10FF, false}, {0x1100, true}, {0x115F, true}, {0x1160, false}, {0x2E7F, false},
+                 {0x2E80, true},  {0x3009, true}, {0x300A, false}, {0x300B, false}, {0x301A, false},
+                 {0x301B, false}, {0x301C, true}, {0x303F, false}, {0xA4CF, true},  {0xA4D0, false},
+                 {0xAC00, true},  {0xD7A3, true}, {0xD7A4, false}, {0xF900, true},  {0xFE30, true},
+                 {0xFE70, false}, {0xFF5F, true}, {0xFF60, false}, {0xFFE6, true},  {0xFFE7, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(static_cast<int>(c.c));
+        EXPECT_EQ(Osl_UnicodeConverter::IsWideUnicode(c.c), c.wide);
+    }
+}
+
+TEST(UnicodeConverterTest, NextCharacterStepFollowsTheLeadByteOnly) {
+    const std::pair<unsigned char, int> steps[] = {{0x00, 1}, {0x7F, 1}, {0x80, 1}, {0xBF, 1}, {0xC0, 2},
+                                                   {0xDF, 2}, {0xE0, 3}, {0xEF, 3}, {0xF0, 4}, {0xF7, 4},
+                                                   {0xF8, 5}, {0xFB, 5}, {0xFC, 6}, {0xFF, 6}};
+    for (auto [lead, step] : steps) {
+        char p = static_cast<char>(lead);
+        EXPECT_EQ(Osl_UnicodeConverter::GetNextCharUTF8(&p) - &p, step) << int(lead);
+    }
+}
+
+// The single-byte tables must give exactly what ICU gives for every byte and every BMP code point.
+TEST(UnicodeConverterTest, SingleByteTablesAgreeWithIcuEverywhere) {
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    std::string bytes;
+    for (int b = 0; b < 256; ++b) bytes += static_cast<char>(b);
+    for (const char* encoding : {"MS1252", "ISO-8859-5", "IBM-037"}) {
+        SCOPED_TRACE(encoding);
+        std::string converterName = Osl_UnicodeConfiguration::Instance()->GetConverterName(encoding);
+        osl::platform::IcuConversion icuToUtf8, icuFromUtf8;
+        ASSERT_TRUE(icuToUtf8.open(converterName, "UTF-8"));
+        ASSERT_TRUE(icuFromUtf8.open("UTF-8", converterName));
+        Osl_UnicodeConverter converter;
+        converter.SetCurrentEncoding(encoding);
+        for (int b = 0; b < 256; ++b) {
+            char out[8], ref[8];
+            size_t len = sizeof out, consumed = 0, written = 0;
+            ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(&bytes[static_cast<size_t>(b)], 1, out, len);
+            auto status = icuToUtf8.convert(&bytes[static_cast<size_t>(b)], 1, ref, sizeof ref, consumed, written);
+            ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << b;
+            ASSERT_EQ(std::string(out, len), std::string(ref, written)) << b;
+        }
+        for (uint32_t c = 1; c < 0x10000; ++c) {
+            if (c >= 0xD800 && c <= 0xDFFF) continue;
+            std::string utf8;
+            Osl_UnicodeConverter().ConvertUCS2toUTF8(std::u16string(1, static_cast<char16_t>(c)), utf8);
+            utf8 = "long enough for blocks " + utf8 + "!";
+            char out[32], ref[32];
+            size_t len = sizeof out, consumed = 0, written = 0;
+            ConversionRC rc = converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out, len);
+            auto status = icuFromUtf8.convert(utf8.data(), utf8.size(), ref, sizeof ref, consumed, written);
+            ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << std::hex << c;
+            ASSERT_EQ(std::string(out, len), std::string(ref, written)) << std::hex << c;
+        }
+        // Whole buffers: every byte, and its UTF-8 back, in one call each.
+        std::vector<char> out(1024), ref(1024);
+        size_t len = out.size(), consumed = 0, written = 0;
+        ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(bytes.data(), bytes.size(), out.data(), len);
+        icuToUtf8.convert(bytes.data(), bytes.size(), ref.data(), ref.size(), consumed, written);
+        ASSERT_EQ(std::string(out.data(), len), std::string(ref.data(), written));
+        std::string utf8(out.data(), len);
+        len = out.size();
+        if (rc == ConversionOK) {
+            EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out.data(), len), ConversionOK);
+            EXPECT_EQ(hex(std::string(out.data(), len)), hex(bytes));
+        }
+    }
+}
+
+TEST(UnicodeConverterTest, LegacyTextRoundTripsAndBadInputIsReported) {
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    Osl_UnicodeConverter converter;
+    converter.SetCurrentEncoding("MS1252");
+    const std::string legacy = "Gr\xFC\xDF" "e \x80 5 \x93quoted\x94";
+    std::string utf8, back;
+    EXPECT_EQ(converter.ConvertCurrentEncodingtoUTF8(legacy, utf8), ConversionOK);
+    EXPECT_EQ(utf8, "Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC 5 \xE2\x80\x9Cquoted\xE2\x80\x9D");
+    // One converter serves both directions, one at a time.
+    EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8, back), ConversionOK);
+    EXPECT_EQ(back, legacy);
+    EXPECT_EQ(converter.GetHandledLength(), static_cast<int>(utf8.size()));
+
+    std::string out;
+    EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(std::string("ab\xE6\x97\xA5"), out), ConversionIllegal);
+    EXPECT_EQ(out, "ab");  // what was converted before the unmappable character
+    EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(std::string("ab\xFF"), out), ConversionIllegal);
+    EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(std::string("ab\xE2\x82"), out), ConversionIllegal);
+
+    Osl_UnicodeConverter unknown;  // an unknown encoding converts as Latin1
+    unknown.SetCurrentEncoding("no-such-encoding");
+    EXPECT_EQ(unknown.ConvertCurrentEncodingtoUTF8(std::string("\x80\xE9"), out), ConversionOK);
+    EXPECT_EQ(out, "\xC2\x80\xC3\xA9");
+}
+
+TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    CLog* log = CLog::Instance();
+    log->DeleteChannels();
+    logLines().clear();
+    log->SetFunctionChannel(captureLine, SevInfo, false);
+    Osl_UnicodeConverter converter;
+    converter.SetCurrentEncoding("MS1252");
+    char out[4];
+    size_t len = sizeof out;
+    EXPECT_EQ(converter.ConvertCurrentEncodingtoUTF8("\xE9\xE9\xE9", 3, out, len), ConversionNoSpace);
+    EXPECT_EQ(len, 4u);
+    EXPECT_EQ(std::string(out, len), "\xC3\xA9\xC3\xA9");
+    log->DeleteChannels();
+    ASSERT_EQ(logLines().size(), 1u);
+    EXPECT_NE(logLines()[0].find("Osl_UnicodeConverter::BufferConverter"), std::string::npos);
+    EXPECT_NE(logLines()[0].find("No space in the destination buffer ; slen: 3 dlen: 4. DO Destination buffer "
+                                 "length = 4* length of source buffer"),
+              std::string::npos)
+        << logLines()[0];
+}
+
+// Double-byte EBCDIC: each shift byte becomes a blank, the double-byte text is what glibc's iconv
+// makes of the same bytes.
+TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
+    osl::test::ScopedUnicodeMode mode(false, "IBM-939");
+    for (auto [encoding, iconvName] : {std::pair{"IBM-939", "IBM939"}, std::pair{"IBM-930", "IBM930"}}) {
+        SCOPED_TRACE(encoding);
+        const std::string head = "ABC", kanji = "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", tail = "XYZ";
+        std::string ebcdic = iconvConvert(iconvName, "UTF-8", head + kanji + tail);
+        ASSERT_EQ(ebcdic.find('<'), std::string::npos) << ebcdic;
+        ASSERT_NE(ebcdic.find('\x0E'), std::string::npos);
+
+        Osl_UnicodeConverter converter;
+        converter.SetCurrentEncoding(encoding);
+        std::string utf8;
+        EXPECT_EQ(converter.ConvertCurrentEncodingtoUTF8(ebcdic, utf8), ConversionOK);
+        EXPECT_EQ(utf8, iconvConvert("UTF-8", iconvName, ebcdic.substr(0, ebcdic.find('\x0E'))) + " " +
+                            iconvConvert("UTF-8", iconvName, ebcdic.substr(ebcdic.find('\x0E'))).substr(0, kanji.size()) +
+                            " " + iconvConvert("UTF-8", iconvName, ebcdic.substr(ebcdic.find('\x0F') + 1)));
+        EXPECT_EQ(utf8, head + " " + kanji + " " + tail);
+        EXPECT_EQ(converter.GetHandledLength(), static_cast<int>(ebcdic.size()));
+
+        // The other way the shift bytes are the converter's own, as iconv makes them.
+        std::string back;
+        EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(head + kanji + tail, back), ConversionOK);
+        EXPECT_EQ(hex(back), hex(ebcdic));
+
+        // A run split over two calls continues in the second; an empty run gives two blanks.
+        size_t cut = ebcdic.find('\x0E') + 3;
+        std::string first, second, empty;
+        Osl_UnicodeConverter split;
+        split.SetCurrentEncoding(encoding);
+        split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(0, cut), first);
+        split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(cut), second);
+        EXPECT_EQ(first + second, head + " " + kanji + " " + tail);
+        Osl_UnicodeConverter emptyRun;
+        emptyRun.SetCurrentEncoding(encoding);
+        std::string emptyInput = ebcdic.substr(0, 1) + "\x0E\x0F" + ebcdic.substr(0, 1);
+        EXPECT_EQ(emptyRun.ConvertCurrentEncodingtoUTF8(emptyInput, empty), ConversionOK);
+        EXPECT_EQ(empty, "A  A");
+    }
+}
+
+TEST(UnicodeConverterTest, CaseMappingAndCharacterTypes) {
+    Osl_UnicodeConverter converter;
+    char out[32];
+    size_t len = sizeof out;
+    EXPECT_EQ(converter.ToUpperUTF8("stra\xC3\xA9", 6, out, len), ConversionOK);
+    EXPECT_EQ(std::string(out, len), "STRA\xC3\x89");
+    len = sizeof out;
+    EXPECT_EQ(converter.ToLowerUTF8("\xC3\x89T\xC3\x89", 5, out, len), ConversionOK);
+    EXPECT_EQ(std::string(out, len), "\xC3\xA9t\xC3\xA9");
+    len = sizeof out;  // long s (2 bytes) upper-cases to S (1 byte)
+    EXPECT_EQ(converter.ToUpperUTF8("\xC5\xBF", 2, out, len), ConversionIllegal);
+    EXPECT_EQ(std::string(out, len), "S");
+
+    {
+        osl::test::ScopedUnicodeMode mode(true);
+        EXPECT_EQ(converter.GetCharType(CharTypeClass, "A") & 0x101, 0x101);
+        EXPECT_EQ(converter.GetCharType(CharTypeClass, "\xC3\xA9") & 0x102, 0x102);
+        EXPECT_EQ(converter.GetCharType(CharTypeClass, "7") & 0x4, 0x4);
+        EXPECT_EQ(converter.GetCharType(CharTypeClass, " ") & 0x48, 0x48);
+        EXPECT_EQ(converter.GetCharType(CharTypeClass, "\xFF"), 0);  // illegal: no class
+    }
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    EXPECT_EQ(converter.GetCharType(CharTypeClass, "\xC9") & 0x101, 0x101);  // É in windows-1252
+}

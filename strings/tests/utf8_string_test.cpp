@@ -1,0 +1,198 @@
+// strings/tests/utf8_string_test.cpp
+#include <vum-qib-osl/strings/utf8_string.h>
+
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include "tests/support/scoped_unicode_mode.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr size_t npos = Osl_UTF8String::npos;
+const std::string kAEEuro = "a\xC3\xA9\xE2\x82\xAC";  // aé€: 1 + 2 + 3 bytes
+
+template <class F>
+std::string outOfRangeText(F f) {
+    try {
+        f();
+    } catch (const std::out_of_range& e) {
+        return e.what();
+    }
+    return "no exception";
+}
+
+}  // namespace
+
+TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
+    osl::test::ScopedUnicodeMode mode(true);
+    Osl_UTF8String s(kAEEuro);
+    EXPECT_EQ(s.length(), 6u);
+    EXPECT_EQ(s.LengthInChars(), 3u);
+    EXPECT_EQ(s.CharsPosAsAbsPos(0, 2), 3u);
+    EXPECT_EQ(s.CharsPosAsAbsPos(0, 3), npos);  // the end itself is npos
+    EXPECT_EQ(s.CharsPosAsAbsPos(1, 1), 3u);
+    EXPECT_EQ(s.AbsPosAsCharsPos(0, 3), 2u);
+    EXPECT_EQ(s.AbsPosAsCharsPos(0, 2), 2u);  // a cut character counts as one
+    EXPECT_EQ(s.AbsPosAsCharsPos(0, 100), 3u);
+    EXPECT_EQ(s.SubstrInChars(1, 5), "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(s.SubstrInChars(1, 1), "\xC3\xA9");
+    EXPECT_EQ(s.SubstrInChars(3, 0), "");
+    EXPECT_EQ(Osl_UTF8String().SubstrInChars(0, 1), "");
+    EXPECT_EQ(outOfRangeText([&] { s.SubstrInChars(3, 1); }), "Out of range");
+    EXPECT_EQ(s.Find("\xE2\x82\xAC"), 2u);
+    EXPECT_EQ(s.Find("\xE2\x82\xAC", 2), 2u);
+    EXPECT_EQ(s.Find("a", 1), npos);
+    EXPECT_EQ(s.Find("\xA9"), npos);  // matches only at character boundaries
+    EXPECT_EQ(s.Find("a\xC3\xA9\xE2\x82\xAC!"), npos);
+
+    // Stray bytes and a cut last character step without leaving the string.
+    Osl_UTF8String bad("\x80x\xF0\x9F\x98\x80y\xE2");
+    EXPECT_EQ(bad.LengthInChars(), 5u);
+    EXPECT_EQ(bad.Find("y"), 3u);
+    EXPECT_EQ(bad.Find("\xE2"), 4u);
+
+    std::string longAscii(100, 'x');
+    Osl_UTF8String mixed(longAscii + "\xC3\xA9" + longAscii + "needle");
+    EXPECT_EQ(mixed.LengthInChars(), 207u);
+    EXPECT_EQ(mixed.Find("needle"), 201u);
+    EXPECT_EQ(mixed.Find("xneedle", 150), 200u);
+}
+
+TEST(Utf8StringTest, EraseInChars) {
+    osl::test::ScopedUnicodeMode mode(true);
+    struct Case {
+        size_t pos, n;
+        std::string expected;
+    } cases[] = {{1, 1, "a\xE2\x82\xAC"}, {0, npos, ""}, {2, 5, "a\xC3\xA9"}, {1, 0, kAEEuro}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pos);
+        Osl_UTF8String s(kAEEuro);
+        s.EraseInChars(c.pos, c.n);
+        EXPECT_EQ(s, c.expected.c_str());
+    }
+    Osl_UTF8String s(kAEEuro);
+    EXPECT_EQ(outOfRangeText([&] { s.EraseInChars(3, 1); }), "Out of range");
+    Osl_UTF8String empty;
+    empty.EraseInChars(0, 1);
+    EXPECT_TRUE(empty.empty());
+}
+
+TEST(Utf8StringTest, GetNextChar) {
+    osl::test::ScopedUnicodeMode mode(true);
+    Osl_UTF8String e("\xC3\xA9");
+    const char* ch = nullptr;
+    size_t len = 0;
+    EXPECT_EQ(e.GetNextChar(0, ch, len), 2u);
+    EXPECT_EQ(ch, e.data());
+    EXPECT_EQ(len, 2u);
+    ch = nullptr;
+    EXPECT_EQ(e.GetNextChar(1, ch, len), npos - 1);
+    EXPECT_EQ(ch, nullptr);
+    EXPECT_EQ(e.GetNextChar(2, ch, len), npos);
+    EXPECT_EQ(outOfRangeText([&] { e.GetNextChar(3, ch, len); }), "Out of range");
+
+    Osl_UTF8String four("\xF0\x9F\x98\x80");
+    try {
+        four.GetNextChar(0, ch, len);
+        ADD_FAILURE() << "no error";
+    } catch (const QIBError& error) {
+        EXPECT_EQ(error.What(), "UTF8 char more than 3 bytes is not implemented");
+        EXPECT_EQ(error.Code(), 0);
+        EXPECT_EQ(error.Severity(), 0);
+    }
+
+    Osl_UTF8String out;
+    EXPECT_EQ(Osl_UTF8String(kAEEuro).GetNextChar(3, out), 6u);
+    EXPECT_EQ(out, "\xE2\x82\xAC");
+    Osl_UTF8String cut("a\xE2\x82");  // a cut character is given with the bytes that are there
+    EXPECT_EQ(cut.GetNextChar(1, out), 3u);
+    EXPECT_EQ(out, "\xE2\x82");
+}
+
+TEST(Utf8StringTest, LegacyModeCountsBytes) {
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    Osl_UTF8String s(kAEEuro);
+    EXPECT_EQ(s.LengthInChars(), 6u);
+    EXPECT_EQ(s.CharsPosAsAbsPos(2, 5), 3u);  // a difference, deliberately
+    EXPECT_EQ(s.AbsPosAsCharsPos(1, 4), 3u);
+    EXPECT_EQ(s.SubstrInChars(1, 2), "\xC3\xA9");
+    EXPECT_EQ(s.Find("\xE2"), 3u);
+    const char* ch = nullptr;
+    size_t len = 0;
+    EXPECT_EQ(s.GetNextChar(1, ch, len), 2u);
+    EXPECT_EQ(len, 1u);
+    EXPECT_EQ(Osl_UTF8String("\xF0").GetNextChar(0, ch, len), 1u);  // no 4-byte check in legacy mode
+}
+
+TEST(Utf8StringTest, CaseMapping) {
+    {
+        osl::test::ScopedUnicodeMode mode(false, "MS1252");
+        struct Case {
+            std::string in, upper, lower;
+        } cases[] = {
+            {"abcXYZ", "ABCXYZ", "abcxyz"},
+            {"\xE0\xFE\xF7\xFF\xC0\xDE\xD7", "\xC0\xDE\xF7\x9F\xC0\xDE\xD7", "\xE0\xFE\xF7\xFF\xE0\xFE\xD7"},
+            {"\x9A\x9C\x9E\x8A\x8C\x8E\x9F", "\x8A\x8C\x8E\x8A\x8C\x8E\x9F", "\x9A\x9C\x9E\x9A\x9C\x9E\xFF"},
+            {"\xDF\xB5\x80 1", "\xDF\xB5\x80 1", "\xDF\xB5\x80 1"},  // no pair: unchanged
+        };
+        for (auto& c : cases) {
+            SCOPED_TRACE(c.in);
+            Osl_UTF8String up(c.in), low(c.in);
+            up.ToUpper();
+            low.ToLower();
+            EXPECT_EQ(up.ToString(), c.upper);
+            EXPECT_EQ(low.ToString(), c.lower);
+        }
+    }
+    osl::test::ScopedUnicodeMode mode(true);
+    Osl_UTF8String s("stra\xC3\x9F" "e \xC3\xA9t\xC3\xA9 \xD0\xB4");
+    s.ToUpper();
+    EXPECT_EQ(s.ToString(), "STRASSE \xC3\x89T\xC3\x89 \xD0\x94");
+    Osl_UTF8String longS("x\xC5\xBFy");  // ſ upper-cases to 1 byte: kept, the length stays
+    longS.ToUpper();
+    EXPECT_EQ(longS.ToString(), "X\xC5\xBFY");
+}
+
+TEST(Utf8StringTest, WideConversionsInBothModes) {
+    {
+        osl::test::ScopedUnicodeMode mode(true, "MS1252", "Latin1");
+        Osl_UTF8String s(u"a\u00E9\u20AC");
+        EXPECT_EQ(s.ToString(), kAEEuro);
+        EXPECT_EQ(s.ToWString(), u"a\u00E9\u20AC");
+        EXPECT_EQ(Osl_UTF8String("a\xC3\xA9").ToCurrentFSEncoding(), "a\xE9");
+        EXPECT_EQ(s.ToCurrentSystemEncoding(), "a\xE9\x80");
+    }
+    {
+        osl::test::ScopedUnicodeMode mode(true, "MS1252", "UTF-8");
+        Osl_UTF8String raw("name\xFF\xC3\xA9");  // a UTF-8 file system takes every byte as it is
+        EXPECT_EQ(raw.ToCurrentFSEncoding(), raw.ToString());
+    }
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    Osl_UTF8String legacy(u"a\u00E9\u20AC");
+    EXPECT_EQ(legacy.ToString(), "a\xE9\x80");
+    EXPECT_EQ(legacy.ToWString(), u"a\u00E9\u20AC");
+    EXPECT_EQ(legacy.ToCurrentFSEncoding(), "a\xE9\x80");
+    EXPECT_EQ(Osl_UTF8String(static_cast<const char16_t*>(nullptr)).ToString(), "");
+}
+
+TEST(Utf8StringTest, ComparisonOperators) {
+    Osl_UTF8String composed("\xC3\xA9"), decomposed("e\xCC\x81");
+    osl::test::ScopedUnicodeMode mode(true);
+    EXPECT_FALSE(composed == decomposed);  // bytes, also in Unicode mode
+    EXPECT_TRUE(composed != decomposed);
+    EXPECT_TRUE(composed == "\xC3\xA9");
+    // U+FF21 (EF BC A1) against U+10000 (F0 90 80 80): bytes say less, UTF-16 units say greater.
+    Osl_UTF8String bmp("\xEF\xBC\xA1"), astral("\xF0\x90\x80\x80");
+    EXPECT_TRUE(bmp > astral);
+    EXPECT_FALSE(bmp < astral);
+    osl::test::ScopedUnicodeMode legacy(false);
+    EXPECT_TRUE(bmp < astral);
+    std::ostringstream out;
+    out << composed;
+    EXPECT_EQ(out.str(), "\xC3\xA9");
+}
