@@ -27,29 +27,10 @@ grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || 
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
 grep -q 'report_server/language = English   (from the group default)' /tmp/qibosl-cli.$$.out ||
     { echo "FAIL demo: settings file"; fail=1; }
-grep -q 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} ' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: journal header"; fail=1; }
-[ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
-# ini: check, get, set, dump
-ini_dir=$(mktemp -d)
-printf '[b]\nk = 1 ; note\n[a]\npath=%%HOME%%/x\n' >"$ini_dir/ok.ini"
-printf '[g]\n; comment\nbroken\n' >"$ini_dir/bad.ini"
-check ini-check-ok 0 "$qibosl" ini check "$ini_dir/ok.ini"
-check ini-check-bad 1 "$qibosl" ini check "$ini_dir/bad.ini"
-grep -qx "$ini_dir/bad.ini:3:  = Expected (error 8)" /tmp/qibosl-cli.$$.out || { echo "FAIL ini check: line"; cat /tmp/qibosl-cli.$$.out; fail=1; }
-check ini-get 0 env HOME=/home/q "$qibosl" ini get "$ini_dir/ok.ini" A PATH
-[ "$(cat /tmp/qibosl-cli.$$.out)" = "/home/q/x" ] || { echo "FAIL ini get: expansion"; fail=1; }
-check ini-get-missing 1 "$qibosl" ini get "$ini_dir/ok.ini" a nokey
-check ini-get-default 0 "$qibosl" ini get "$ini_dir/ok.ini" a nokey -default=dflt
-[ "$(cat /tmp/qibosl-cli.$$.out)" = "dflt" ] || { echo "FAIL ini get: default"; fail=1; }
-check ini-set 0 "$qibosl" ini set "$ini_dir/ok.ini" c new 'v;w'
-check ini-dump 0 "$qibosl" ini dump "$ini_dir/ok.ini"
-[ "$(cat /tmp/qibosl-cli.$$.out)" = "$(printf '[a]\npath=%%HOME%%/x\n\n[b]\nk=1\n\n[c]\nnew=v w')" ] ||
-    { echo "FAIL ini dump"; cat /tmp/qibosl-cli.$$.out; fail=1; }
-[ "$(ls "$ini_dir")" = "$(printf 'bad.ini\nok.ini')" ] || { echo "FAIL ini set: leftovers"; ls "$ini_dir"; fail=1; }
-check ini-usage 2 "$qibosl" ini get "$ini_dir/ok.ini" a
-rm -rf "$ini_dir"
 grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
 grep -q 'differs' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+grep -q 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} ' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: journal header"; fail=1; }
+[ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
 # env and dirs
 check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
 grep -qx 'QIBOSL_CLI_SET=value' /tmp/qibosl-cli.$$.out || { echo "FAIL env: set variable"; fail=1; }
@@ -69,6 +50,25 @@ check demo-env 0 "$qibosl" demo "$installation"
 grep -q 'GeneralConfiguration::Init on an unset variable throws the integer 2' /tmp/qibosl-cli.$$.out ||
     { echo "FAIL demo: environment section"; fail=1; }
 grep -q 'programm misc\\src\\dloadlib 76' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: dloadlib"; fail=1; }
+# ini: check, get, set, dump
+ini_dir=$(mktemp -d)
+printf '[b]\nk = 1 ; note\n[a]\npath=%%HOME%%/x\n' >"$ini_dir/ok.ini"
+printf '[g]\n; comment\nbroken\n' >"$ini_dir/bad.ini"
+check ini-check-ok 0 "$qibosl" ini check "$ini_dir/ok.ini"
+check ini-check-bad 1 "$qibosl" ini check "$ini_dir/bad.ini"
+grep -qx "$ini_dir/bad.ini:3:  = Expected (error 8)" /tmp/qibosl-cli.$$.out || { echo "FAIL ini check: line"; cat /tmp/qibosl-cli.$$.out; fail=1; }
+check ini-get 0 env HOME=/home/q "$qibosl" ini get "$ini_dir/ok.ini" A PATH
+[ "$(cat /tmp/qibosl-cli.$$.out)" = "/home/q/x" ] || { echo "FAIL ini get: expansion"; fail=1; }
+check ini-get-missing 1 "$qibosl" ini get "$ini_dir/ok.ini" a nokey
+check ini-get-default 0 "$qibosl" ini get "$ini_dir/ok.ini" a nokey -default=dflt
+[ "$(cat /tmp/qibosl-cli.$$.out)" = "dflt" ] || { echo "FAIL ini get: default"; fail=1; }
+check ini-set 0 "$qibosl" ini set "$ini_dir/ok.ini" c new 'v;w'
+check ini-dump 0 "$qibosl" ini dump "$ini_dir/ok.ini"
+[ "$(cat /tmp/qibosl-cli.$$.out)" = "$(printf '[a]\npath=%%HOME%%/x\n\n[b]\nk=1\n\n[c]\nnew=v w')" ] ||
+    { echo "FAIL ini dump"; cat /tmp/qibosl-cli.$$.out; fail=1; }
+[ "$(ls "$ini_dir")" = "$(printf 'bad.ini\nok.ini')" ] || { echo "FAIL ini set: leftovers"; ls "$ini_dir"; fail=1; }
+check ini-usage 2 "$qibosl" ini get "$ini_dir/ok.ini" a
+rm -rf "$ini_dir"
 # log: one message through the channels of a logging configuration
 log_dir=$(mktemp -d)
 printf '[logging]\nchannels=f\n[f]\ntype=text-file\nlevel=warning\ncategory=*\npath=%s/run.log\n' "$log_dir" >"$log_dir/log.ini"
