@@ -10,6 +10,10 @@
 #include <vum-qib-osl/log/channel.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/log/log_msg.h>
+#include <vum-qib-osl/log/channel_debug.h>
+#include <vum-qib-osl/log/channel_file.h>
+#include <vum-qib-osl/log/channel_snmp.h>
+#include <vum-qib-osl/log/channel_syslog.h>
 
 #include <vum-qib-osl/misc/dloadlib.h>
 #include <vum-qib-osl/misc/install_dir.h>

@@ -2,6 +2,8 @@
 // The channel base with its per-channel filter, and the function channel.
 #include <vum-qib-osl/log/channel.h>
 
+#include <vum-qib-osl/ini/ini.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -26,6 +28,11 @@ bool contains(const std::vector<std::string>& list, const std::string& item) {
 }  // namespace
 
 CChannel::~CChannel() = default;
+
+void CChannel::Configure(Ini& ini, const std::string& group) {
+    level_ = StringToSev(ini.GetString(group, "level", "none", nullptr));
+    category_ = ini.GetString(group, "category", "", nullptr);
+}
 
 bool CChannel::IsHiger(const CLogMsg& msg) const {
     if (msg.GetSevirity() < level_) return false;

@@ -5,10 +5,13 @@
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include <charconv>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <locale>
 
 #include "platform/clock.h"
 #include "platform/process.h"
@@ -85,13 +88,50 @@ CLogMsg& CLogMsg::At(const char* at) {
     return *this;
 }
 
+// Most insertions into a message use no width, flag or locale of the stream: for those, the
+// characters go straight into the buffer, without the stream's sentry and locale facets, which
+// cost more than the rest of a log line's formatting. Anything else takes the standard path.
+namespace {
+
+bool plainText(const std::ostream& out) {
+    return out.width() == 0 && out.good() && !(out.flags() & std::ios_base::unitbuf);
+}
+
+bool plainNumbers(const std::ostream& out) {
+    static const std::locale classic = std::locale::classic();
+    return plainText(out) && (out.flags() & (std::ios_base::basefield | std::ios_base::showpos)) == std::ios_base::dec &&
+           out.getloc() == classic;
+}
+
+template <typename Integer>
+void insertInteger(std::ostream& out, Integer value) {
+    if (!plainNumbers(out)) {
+        out << value;
+        return;
+    }
+    char digits[24];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
+    out.rdbuf()->sputn(digits, end.ptr - digits);
+}
+
+}  // namespace
+
 CLogMsg& CLogMsg::operator<<(const char* text) {
-    if (text) static_cast<std::ostream&>(*this) << text;
+    if (text == nullptr) return *this;
+    if (plainText(*this)) {
+        rdbuf()->sputn(text, static_cast<std::streamsize>(std::strlen(text)));
+    } else {
+        static_cast<std::ostream&>(*this) << text;
+    }
     return *this;
 }
 
 CLogMsg& CLogMsg::operator<<(const std::string& text) {
-    static_cast<std::ostream&>(*this) << text;
+    if (plainText(*this)) {
+        rdbuf()->sputn(text.data(), static_cast<std::streamsize>(text.size()));
+    } else {
+        static_cast<std::ostream&>(*this) << text;
+    }
     return *this;
 }
 
@@ -111,18 +151,25 @@ CLogMsg& CLogMsg::operator<<(const QIBError& error) {
         return *this;                                     \
     }
 OSL_INSERT(char)
-OSL_INSERT(short)
-OSL_INSERT(unsigned short)
-OSL_INSERT(int)
-OSL_INSERT(unsigned int)
-OSL_INSERT(long)
-OSL_INSERT(unsigned long)
-OSL_INSERT(long long)
-OSL_INSERT(unsigned long long)
 OSL_INSERT(float)
 OSL_INSERT(double)
 OSL_INSERT(const void*)
 #undef OSL_INSERT
+
+#define OSL_INSERT_INTEGER(type)                          \
+    CLogMsg& CLogMsg::operator<<(type value) {            \
+        insertInteger(*this, value);                      \
+        return *this;                                     \
+    }
+OSL_INSERT_INTEGER(short)
+OSL_INSERT_INTEGER(unsigned short)
+OSL_INSERT_INTEGER(int)
+OSL_INSERT_INTEGER(unsigned int)
+OSL_INSERT_INTEGER(long)
+OSL_INSERT_INTEGER(unsigned long)
+OSL_INSERT_INTEGER(long long)
+OSL_INSERT_INTEGER(unsigned long long)
+#undef OSL_INSERT_INTEGER
 
 CLogMsg& CLogMsg::operator<<(std::ostream& (*manipulator)(std::ostream&)) {
     manipulator(*this);
@@ -149,29 +196,71 @@ bool CLogMsg::HasCategory(const std::string& category) {
     return log != nullptr && log->HasCategory(category);
 }
 
+// Every line needs the date and the ids; formatting them costs more than writing the line, so
+// each thread keeps them formatted: the date for the current second, the ids until they change.
+// A change of time zone shows from the next second on.
+namespace {
+
+struct HeaderCache {
+    std::int64_t second = -1;
+    const osl::platform::Clock* clock = nullptr;
+    char date[48] = {};  // "MM-DD-YYYY hh:mm:ss "
+    std::size_t dateLength = 0;
+    int pid = -1;
+    long tid = -1;
+    char ids[48] = {};  // "%5d/%5ld "
+    std::size_t idsLength = 0;
+};
+
+std::size_t clampLength(int n, std::size_t size) {
+    if (n < 0) return 0;
+    return static_cast<std::size_t>(n) < size ? static_cast<std::size_t>(n) : size - 1;
+}
+
+}  // namespace
+
 void CLogMsg::WriteHeader() {
-    const osl::platform::LocalTime t = osl::platform::localNow();
-    char header[256];
-    // Blanks at 2..11 receive the process name in Flush.
-    int n = std::snprintf(header, sizeof header, "A           %5d/%5ld %5s %02d-%02d-%04d %02d:%02d:%02d %s",
-                          osl::platform::currentProcessId(), osl::platform::currentThreadId(),
-                          category_.c_str(), t.month, t.day, t.year, t.hour, t.minute, t.second,
-                          severityTag(severity_));
-    if (n < 0) n = 0;
-    if (n >= static_cast<int>(sizeof header)) {
-        // A category longer than the buffer allows: build the same layout without the limit.
-        line_ = std::string(header, 12);
-        char ids[32];
-        std::snprintf(ids, sizeof ids, "%5d/%5ld ", osl::platform::currentProcessId(),
-                      osl::platform::currentThreadId());
-        line_ += ids;
-        line_ += category_;
-        char date[64];
-        std::snprintf(date, sizeof date, " %02d-%02d-%04d %02d:%02d:%02d %s", t.month, t.day, t.year,
-                      t.hour, t.minute, t.second, severityTag(severity_));
-        line_ += date;
+    thread_local HeaderCache cache;
+    const osl::platform::Clock* clock = &osl::platform::clock();
+    const osl::platform::WallTime now = clock->now();
+    if (now.seconds != cache.second || clock != cache.clock) {
+        const osl::platform::LocalTime t = osl::platform::toLocal(now);
+        cache.dateLength = clampLength(std::snprintf(cache.date, sizeof cache.date, "%02d-%02d-%04d %02d:%02d:%02d ",
+                                                     t.month, t.day, t.year, t.hour, t.minute, t.second),
+                                       sizeof cache.date);
+        cache.second = now.seconds;
+        cache.clock = clock;
+    }
+    const int pid = osl::platform::currentProcessId();
+    const long tid = osl::platform::currentThreadId();
+    if (pid != cache.pid || tid != cache.tid) {
+        cache.idsLength = clampLength(std::snprintf(cache.ids, sizeof cache.ids, "%5d/%5ld ", pid, tid), sizeof cache.ids);
+        cache.pid = pid;
+        cache.tid = tid;
+    }
+    // The fixed part in one piece; blanks at 2..11 receive the process name in Flush.
+    char head[160];
+    std::size_t n = 0;
+    auto put = [&head, &n](const char* text, std::size_t size) {
+        if (n + size > sizeof head) size = sizeof head - n;
+        std::memcpy(head + n, text, size);
+        n += size;
+    };
+    put("A           ", 12);
+    put(cache.ids, cache.idsLength);
+    if (category_.size() < 5) put("     ", 5 - category_.size());
+    if (category_.size() <= 32) {
+        put(category_.data(), category_.size());
+        put(" ", 1);
+        put(cache.date, cache.dateLength);
+        put(severityTag(severity_), 7);
+        line_.assign(head, n);
     } else {
-        line_.assign(header, static_cast<std::size_t>(n));
+        line_.assign(head, n);
+        line_ += category_;
+        line_ += ' ';
+        line_.append(cache.date, cache.dateLength);
+        line_.append(severityTag(severity_), 7);
     }
     line_ += at_;
     line_ += " : ";

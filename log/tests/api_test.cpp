@@ -1,8 +1,15 @@
 // log/tests/api_test.cpp
 // Against the shared library: the logging calls a product program makes, including the macro.
+#include <vum-qib-osl/log/channel_debug.h>
+#include <vum-qib-osl/log/channel_file.h>
+#include <vum-qib-osl/log/channel_snmp.h>
+#include <vum-qib-osl/log/channel_syslog.h>
 #include <vum-qib-osl/log/log.h>
+#include <vum-qib-osl/misc/versions.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/temp_dir.h"
 
 #include <string>
 #include <vector>
@@ -27,6 +34,33 @@ TEST(LogApiTest, ExportedFromTheSharedLibrary) {
     EXPECT_NE(seen()[0].find("-ERROR at : kept 1"), std::string::npos);
     EXPECT_EQ(StringToSev("fatal"), SevFatal);
     EXPECT_TRUE(CLogMsg::HasCategory("x"));
+}
+
+TEST(LogApiTest, ConfigurationAndChannelsExported) {
+    osl::test::TempDir dir;
+    const std::string ini = dir.file("log.ini");
+    osl::test::writeFile(ini, "[logging]\nchannels=f p s d t\n"
+                              "[f]\ntype=text-file\nlevel=info\nmaxsize=100\npath=" + dir.file("c.log") + "\n"
+                              "[p]\ntype=private-file\nlevel=info\npath=" + dir.file("p.log") + "\n"
+                              "[s]\ntype=system\n[d]\ntype=debug\n[t]\ntype=snmp\nhost=127.0.0.1\nport=9\n");
+    CLog* log = CLog::Instance();
+    ASSERT_TRUE(log->Load(ini, "api"));
+    CLog::PrintVersions(QibVr_Versions::Instance(), "api");
+    std::string file = dir.file("set.log");
+    log->SetFileChannel(file, SevInfo, false);
+    OslLogPrint(SevInfo, "", "at", "to every file");
+    EXPECT_NE(osl::test::readFile(file).find("to every file"), std::string::npos);
+    EXPECT_NE(osl::test::readFile(dir.file("c.log")).find("to every file"), std::string::npos);
+    CChannelCommonFile common(dir.file("x.log"), SevInfo, "");
+    CChannelPrivateFile own(dir.file("x.log"), SevInfo, "");
+    EXPECT_NE(own.GetFileName(), common.GetPath());
+    CChannelSnmp snmp;
+    EXPECT_EQ(snmp.GetPort(), 162);
+    CChannelDebug debug(SevInfo, "");
+    CChannelSyslog system(SevNone, "");
+    EXPECT_FALSE(RegisterThisDllAsMsgDll());
+    log->DeleteChannels();
+    log->InitOptimisationVariable();
 }
 
 }  // namespace

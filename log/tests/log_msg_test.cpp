@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+
 #include <cstring>
 #include <thread>
 
@@ -111,6 +113,29 @@ TEST_F(LogMsgTest, BodyInsertionOfEveryType) {
     EXPECT_EQ(body(lines()[0]), "c-23-45-671.52.25 str stream e, code 2, severity 8, programm m 1");
     msg << std::hex << 255 << std::dec << " " << 255 << flush;
     EXPECT_EQ(body(lines()[1]), "ff 255");
+    // Width, sign and locale of the stream still apply to every type.
+    msg.width(4);
+    msg << 42;
+    msg.setf(std::ios_base::showpos);
+    msg << 7;
+    msg.unsetf(std::ios_base::showpos);
+    msg << -3;
+    msg.width(3);
+    msg << "ab";
+    msg.width(3);
+    msg << std::string("s");
+    msg.fill('0');
+    msg.width(3);
+    msg << 5L;
+    msg << std::hex << std::uppercase << 255ULL << std::dec << (-9223372036854775807LL - 1) << flush;
+    EXPECT_EQ(body(lines()[2]), "  42+7-3 ab  s005FF-9223372036854775808");
+    struct Thousands : std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    msg.imbue(std::locale(std::locale::classic(), new Thousands));
+    msg << 1234567 << flush;
+    EXPECT_EQ(body(lines()[3]), "1.234.567");
 }
 
 TEST_F(LogMsgTest, EmbeddedNulEndsTheBody) {

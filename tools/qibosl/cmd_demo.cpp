@@ -218,6 +218,7 @@ int cmdDemo(const Args& args) {
     demoSettings(installation.string());
     demoText();
     demoEnvironment(installation);
+    demoLogging(installation.string());
     return 0;
 }
 

@@ -45,6 +45,7 @@ int cmdEncodings(const Args& args);
 
 // INI files (cmd_ini.cpp).
 int cmdIni(const Args& args);
+int cmdLog(const Args& args);
 void demoSettings(const std::string& installation);
 // Environment and installation directories (cmd_env.cpp).
 int cmdEnv(const Args& args);
@@ -53,5 +54,7 @@ void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
 int cmdMatch(const Args& args);
 int cmdAutoEdit(const Args& args);
+/// The demo's logging part: the example installation's logging configuration.
+void demoLogging(const std::string& installation);
 
 }  // namespace qibosl

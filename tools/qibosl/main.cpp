@@ -30,6 +30,7 @@ constexpr Command kCommands[] = {
     {"match", "match", qibosl::cmdMatch},
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
+    {"log", "log", qibosl::cmdLog},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.

@@ -6,6 +6,8 @@
 
 #include <string>
 
+class Ini;
+
 /// One output of the logger. Owned by the logger, which calls Write under its lock.
 class OSL_API CChannel {
 public:
@@ -14,6 +16,10 @@ public:
     virtual ~CChannel();
     CChannel(const CChannel&) = delete;
     CChannel& operator=(const CChannel&) = delete;
+
+    /// Reads the channel's keys from its group of the INI: "level" (a level name, default
+    /// "none": nothing passes) and "category" (default empty). Channel types read more keys.
+    virtual void Configure(Ini& ini, const std::string& group);
 
     /// Writes the message's line when IsHiger(msg) is true. Failures may throw; the logger
     /// swallows them.

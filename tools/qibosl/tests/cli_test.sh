@@ -31,6 +31,8 @@ grep -q 'report_server/language = English   (from the group default)' /tmp/qibos
     { echo "FAIL demo: settings file"; fail=1; }
 grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
 grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+grep -q 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} ' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: journal header"; fail=1; }
+[ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
 
 # catalog compile / dump / usage
 tmp=$(mktemp -d)
@@ -134,5 +136,18 @@ check ini-dump 0 "$qibosl" ini dump "$ini_dir/ok.ini"
 [ "$(ls "$ini_dir")" = "$(printf 'bad.ini\nok.ini')" ] || { echo "FAIL ini set: leftovers"; ls "$ini_dir"; fail=1; }
 check ini-usage 2 "$qibosl" ini get "$ini_dir/ok.ini" a
 rm -rf "$ini_dir"
+# log: one message through the channels of a logging configuration
+log_dir=$(mktemp -d)
+printf '[logging]\nchannels=f\n[f]\ntype=text-file\nlevel=warning\ncategory=*\npath=%s/run.log\n' "$log_dir" >"$log_dir/log.ini"
+check log 0 "$qibosl" log -config="$log_dir/log.ini" -process=script -severity=error -category=db -at=nightly the backup failed
+grep -q $'^A script .* db .* -ERROR nightly : the backup failed\r$' "$log_dir/run.log" || { echo "FAIL log: line"; cat "$log_dir/run.log"; fail=1; }
+check log-below-level 0 "$qibosl" log -config="$log_dir/log.ini" -process=script -severity=info not written
+grep -q 'not written' "$log_dir/run.log" && { echo "FAIL log: level"; fail=1; }
+check log-no-config 2 "$qibosl" log -process=x -severity=info text
+check log-bad-severity 2 "$qibosl" log -config="$log_dir/log.ini" -process=x -severity=loud text
+check log-no-text 2 "$qibosl" log -config="$log_dir/log.ini" -process=x -severity=info
+check log-unknown-option 2 "$qibosl" log -config="$log_dir/log.ini" -process=x -severity=info -colour=red text
+check log-unreadable 1 "$qibosl" log -config="$log_dir/missing.ini" -process=x -severity=info text
+rm -rf "$log_dir"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail

@@ -1,0 +1,170 @@
+// log/tests/log_load_test.cpp
+// Configuring the logger and its channels from an INI file.
+#include <vum-qib-osl/log/channel_debug.h>
+#include <vum-qib-osl/log/channel_file.h>
+#include <vum-qib-osl/log/channel_snmp.h>
+#include <vum-qib-osl/log/channel_syslog.h>
+#include <vum-qib-osl/log/log.h>
+#include <vum-qib-osl/misc/versions.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "log/tests/log_test_support.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using osl::test::capturedLines;
+using osl::test::captureLine;
+
+class LogLoadTest : public osl::test::LoggerTest {
+protected:
+    // Writes the INI and loads it into the singleton.
+    bool load(const std::string& text, const std::string& process = "srv") {
+        osl::test::writeFile(ini_, text);
+        return log_->Load(ini_, process);
+    }
+
+    osl::test::TempDir dir_;
+    std::string ini_ = dir_.file("log.ini");
+};
+
+TEST_F(LogLoadTest, BuildsOneChannelPerNameInTheLoggerGroup) {
+    ASSERT_TRUE(load("[logging]\n"
+                     "channels = file1, ,private  weird,snmp1 sys dbg\n"
+                     "[file1]\ntype=Text-File\nlevel=warning\ncategory=db, net\npath=" + dir_.file("common.log") +
+                     "\nmaxsize=1000\nperiod=2\npurgecount=3\npurgeage=x\n"
+                     "[private]\ntype=private-file\nlevel=error\npath=" + dir_.file("own.log") + "\n"
+                     "[weird]\ntype=carrier-pigeon\nlevel=info\n"
+                     "[snmp1]\ntype=SNMP\nlevel=fatal\nhost=127.0.0.1\nport=99999\n"
+                     "[sys]\ntype=system\n"
+                     "[dbg]\ntype=debug\nlevel=system\ncategory=*\n"));
+    // The unknown type is skipped; the levels of the others make the lowest severity warning.
+    EXPECT_TRUE(log_->HasSeverity(SevWarning));
+    EXPECT_FALSE(log_->HasSeverity(SevInfo));
+    EXPECT_TRUE(log_->HasCategory("anything"));  // "*" of dbg
+    OslLogPrint(SevWarning, "db", "Load", "to the common file");
+    OslLogPrint(SevError, "", "Load", "to the private file");
+    const std::string common = osl::test::readFile(dir_.file("common.log"));
+    EXPECT_NE(common.find("-WARN  Load : to the common file\r\n"), std::string::npos) << common;
+    EXPECT_EQ(common.find("private"), std::string::npos);
+    const std::string own = osl::test::readFile(dir_.file("own_" + std::to_string(getpid()) + ".log"));
+    EXPECT_NE(own.find("-ERROR Load : to the private file\r\n"), std::string::npos) << own;
+}
+
+TEST_F(LogLoadTest, FileChannelKeys) {
+    osl::test::writeFile(ini_, "[c]\ntype=text-file\nmaxsize=1000\nperiod=2\npurgecount=3\npurgeage=x\n"
+                               "[d]\ntype=text-file\nmaxsize=\nlevel=info\n");
+    Ini ini(ini_, true);
+    CChannelCommonFile c(ini, "c");
+    EXPECT_EQ(c.GetPath(), "run.log");
+    EXPECT_EQ(c.GetSeverity(), SevNone);
+    EXPECT_EQ(c.GetMaxSize(), 1000u);
+    EXPECT_EQ(c.GetPeriod(), 2u);
+    EXPECT_EQ(c.GetPurgeCount(), 3u);
+    EXPECT_EQ(c.GetPurgeAge(), 0u);
+    CChannelCommonFile d(ini, "d");
+    EXPECT_EQ(d.GetMaxSize(), 0u);
+    EXPECT_EQ(d.GetSeverity(), SevInfo);
+}
+
+TEST_F(LogLoadTest, SnmpChannelKeys) {
+    osl::test::writeFile(ini_, "[a]\ntype=snmp\nhost=traps.example\nport=1162\ncommunity=ops\n"
+                               "[b]\ntype=snmp\nport=99999\n[c]\ntype=snmp\nport=16x\n");
+    Ini ini(ini_, true);
+    CChannelSnmp a(ini, "a");
+    EXPECT_EQ(a.GetHost(), "traps.example");
+    EXPECT_EQ(a.GetPort(), 1162);
+    EXPECT_EQ(a.GetCommunity(), "ops");
+    for (const char* group : {"b", "c"}) {
+        CChannelSnmp other(ini, group);
+        EXPECT_EQ(other.GetHost(), "localhost");
+        EXPECT_EQ(other.GetPort(), 162);
+        EXPECT_EQ(other.GetCommunity(), "public");
+    }
+}
+
+TEST_F(LogLoadTest, TheProcessGroupWinsOverLogging) {
+    const std::string text = "[logging]\nscreen-level=info\n[srv]\nscreen-level=error\nscreen-category=db\n";
+    ASSERT_TRUE(load(text, "srv"));
+    ASSERT_NE(log_->GetFunctionChannel(), nullptr);
+    EXPECT_EQ(log_->GetFunctionChannel()->GetSeverity(), SevError);
+    EXPECT_EQ(log_->GetFunctionChannel()->GetCategory(), "db");
+    ASSERT_TRUE(load(text, "other"));
+    EXPECT_EQ(log_->GetFunctionChannel()->GetSeverity(), SevInfo);
+    EXPECT_EQ(log_->GetFunctionChannel()->GetCategory(), "");
+    ASSERT_TRUE(load("[logging]\nscreen-level=\n"));
+    EXPECT_EQ(log_->GetFunctionChannel(), nullptr);
+}
+
+TEST_F(LogLoadTest, EmptyChannelsListLeavesNothingEnabled) {
+    ASSERT_TRUE(load("[logging]\nchannels=\n"));
+    EXPECT_FALSE(log_->HasSeverity(SevSystem));
+    EXPECT_EQ(osl::detail::logGate.load(), SevNone);
+}
+
+TEST_F(LogLoadTest, AnUnreadableFileIsReportedAndLeavesNoChannels) {
+    log_->SetFunctionChannel(captureLine, SevInfo, "", false);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(log_->Load(dir_.file("missing.ini"), "srv"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), dir_.file("missing.ini") + ":" + Ini::ExceptionNumberToString(1) + "\n");
+    EXPECT_EQ(log_->GetFunctionChannel(), nullptr);
+    EXPECT_FALSE(log_->HasSeverity(SevSystem));
+    osl::test::writeFile(ini_, "[logging\n");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(log_->Load(ini_, "srv"));
+    const std::string error = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(error.substr(0, ini_.size() + 1), ini_ + ":");
+    EXPECT_GT(error.size(), ini_.size() + 2);
+}
+
+TEST_F(LogLoadTest, LoadFromAnIniObjectCopiesIt) {
+    osl::test::writeFile(ini_, "[logging]\nscreen-level=warning\nfile-level=error\nfile-category=db\n");
+    Ini ini(ini_, true);
+    ASSERT_TRUE(log_->Load(ini, "a-very-long-process-name"));
+    EXPECT_EQ(log_->GetProcessName(), "a-very-lon");
+    std::string file = dir_.file("set.log");
+    log_->SetFileChannel(file, SevInfo, "net", true);  // the INI's level and category win
+    OslLogPrint(SevError, "net", "t", "not taken");
+    OslLogPrint(SevError, "db", "t", "taken");
+    std::string content = osl::test::readFile(file);
+    EXPECT_EQ(content.find("not taken"), std::string::npos);
+    EXPECT_NE(content.find("A a-very-lon"), std::string::npos) << content;
+    EXPECT_NE(content.find("-ERROR t : taken"), std::string::npos) << content;
+    log_->SetFileChannel(file, SevWarning, "net", false);  // the same channel, the caller's filter
+    OslLogPrint(SevWarning, "net", "t", "now taken");
+    content = osl::test::readFile(file);
+    EXPECT_NE(content.find("-WARN  t : now taken"), std::string::npos) << content;
+    // Without the keys, the caller's level and category stay.
+    ASSERT_TRUE(load("[logging]\nchannels=\n"));
+    log_->SetFileChannel(file, SevInfo, "io", true);
+    OslLogPrint(SevInfo, "io", "t", "caller's filter");
+    EXPECT_NE(osl::test::readFile(file).find("caller's filter"), std::string::npos);
+}
+
+TEST_F(LogLoadTest, SecondLoggerFromItsConstructor) {
+    osl::test::writeFile(ini_, "[tool]\nchannels=f\n[f]\ntype=text-file\nlevel=info\npath=" + dir_.file("tool.log") + "\n");
+    CLog tool(ini_, "tool");
+    CLog* pointer = &tool;
+    CLogMsg msg(&pointer, "main", "", SevInfo);
+    msg.Log("from the second logger");
+    EXPECT_NE(osl::test::readFile(dir_.file("tool.log")).find("A tool      "), std::string::npos);
+}
+
+TEST_F(LogLoadTest, PrintVersionsLogsTheApplicationThenTheRest) {
+    log_->SetFunctionChannel(captureLine, SevInfo, "", false);
+    QibVr_Versions& versions = QibVr_Versions::Instance();
+    versions.Register("myapp", "myapp 1.2");
+    CLog::PrintVersions(versions, "myapp");
+    ASSERT_EQ(capturedLines().size(), 2u);
+    EXPECT_NE(capturedLines()[0].find("-SYS    : \nApplication's version:\nmyapp 1.2\r\n"), std::string::npos)
+        << capturedLines()[0];
+    EXPECT_NE(capturedLines()[1].find("-INFO  PrintVersions : \nDLL's versions:\nmyapp 1.2\r\n"), std::string::npos)
+        << capturedLines()[1];
+}
+
+}  // namespace
