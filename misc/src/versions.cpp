@@ -35,12 +35,12 @@ QibVr_AutoRegister::QibVr_AutoRegister(const std::string& name, const std::strin
 }
 
 QibVr_VersionSpecHelper QibVr_VersionSpecHelper::parseVersion(const std::string& text) {
-    QibVr_VersionSpecHelper spec;
-    spec.numbers_.reserve(4);
+    QibVr_VersionSpecHelper parsed;
+    parsed.numbers_.reserve(4);
     std::size_t i = 0;
     while (i < text.size()) {
-        if (spec.numbers_.size() == 4) {
-            spec.extra_ = text.substr(i);
+        if (parsed.numbers_.size() == 4) {
+            parsed.extra_ = text.substr(i);
             break;
         }
         std::size_t end = i;
@@ -54,10 +54,10 @@ QibVr_VersionSpecHelper QibVr_VersionSpecHelper::parseVersion(const std::string&
             value = value * 10 + (text[k] - '0');
             if (value > 0x7fffffff) value = 0x7fffffff;  // an absurd run saturates, never overflows
         }
-        spec.numbers_.push_back(static_cast<int>(value));
+        parsed.numbers_.push_back(static_cast<int>(value));
         i = end;
     }
-    return spec;
+    return parsed;
 }
 
 namespace {

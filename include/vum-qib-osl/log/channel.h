@@ -31,7 +31,7 @@ public:
     void SetCategory(const std::string& category) { category_ = category; }
 
     /// Whether this channel takes the message: its severity reaches the level, and its category
-    /// passes the channel's category specification ("*" takes all; "a, b" takes a and b, with
+    /// passes the channel's category filter ("*" takes all; "a, b" takes a and b, with
     /// "NONE" standing for no category; "*, ~a" takes all but a). Exact, case-sensitive.
     bool IsHiger(const CLogMsg& msg) const;
 
