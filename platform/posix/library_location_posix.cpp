@@ -1,18 +1,17 @@
 // platform/posix/library_location_posix.cpp
-// dladdr on a function of this file names the shared object (or program) that contains it.
+// The module that holds a function of this file is the library (or the program that links it).
 #include "platform/library_location.h"
-
-#include <dlfcn.h>
 
 #include <climits>
 #include <cstdlib>
 
+#include "platform/dynamic_library.h"
+
 namespace osl::platform {
 
 std::string libraryDirectory() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&libraryDirectory), &info) == 0 || info.dli_fname == nullptr) return {};
-    std::string path = info.dli_fname;
+    std::string path = modulePathOf(reinterpret_cast<const void*>(&libraryDirectory));
+    if (path.empty()) return {};
     char resolved[PATH_MAX];
     if (realpath(path.c_str(), resolved) != nullptr) path = resolved;
     size_t slash = path.rfind('/');
