@@ -76,11 +76,6 @@ void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets)
                "../share/vum-qib-osl)\n";
         return;
     }
-    // A subcommand whose line is not in the catalog yet shows its set's text as it is, so that an
-    // entry written {"name", "synopsis   description", function} still has a usage line.
-    for (const std::string& set : shown) {
-        if (!SingleMapFileMT::Instance()->HasEntry(set + "_x4_1")) SingleMapFileMT::Instance()->Insert(set + "_x4_1", set);
-    }
     DisplayUsage(out, shown, "");
 }
 
