@@ -1,6 +1,6 @@
 // platform/tests/icu_text_test.cpp
 // What the strings subsystem relies on from ICU: converter names and aliases, the single-byte
-// tables, stopping at bad input, and the locale data.
+// tables and stopping at bad input. The locale data is checked through Osl_UnicodeConfiguration.
 #include "platform/icu_text.h"
 
 #include <gtest/gtest.h>
@@ -38,17 +38,4 @@ TEST(IcuTextTest, ConversionStopsAtBadInputAndFullDestination) {
     EXPECT_EQ(conversion.convert("abcdef", 6, out, 3, consumed, written), IcuStatus::noSpace);
     EXPECT_EQ(written, 3u);
     EXPECT_FALSE(IcuConversion().open("no-such-converter", "UTF-8"));
-}
-
-TEST(IcuTextTest, LocaleData) {
-    auto months = icuCalendarNames("fr", true, false);
-    ASSERT_EQ(months.size(), 12u);
-    EXPECT_EQ(months[7], "ao\xC3\xBBt");
-    EXPECT_EQ(icuCalendarNames("en", false, true).size(), 7u);
-    EXPECT_TRUE(icuIsRightToLeft(0x05D0));
-    EXPECT_FALSE(icuIsRightToLeft('a'));
-    char out[8];
-    EXPECT_EQ(icuMapCaseUtf8(true, "", "\xC3\x9F", 2, out, sizeof out), 2);  // ß -> SS
-    EXPECT_EQ(std::string(out, 2), "SS");
-    EXPECT_LT(*icuCollate("de", false, "\xC3\xA4", "b"), 0);
 }
