@@ -76,7 +76,6 @@ TEST(LogFileFormatTest, HeaderRecordAndItsReading) {
 
 TEST(LogFileFormatTest, BackupNamesCarryMicroseconds) {
     osl::platform::LocalTime t{2024, 3, 5, 14, 7, 9, 123};
-    EXPECT_EQ(LogFile::backupName("/var/log/run.log", t), "/var/log/run_2024_03_05_14_07_09_000123.bak");
     EXPECT_EQ(LogFile::backupName("run", t), "run_2024_03_05_14_07_09_000123.bak");
 }
 

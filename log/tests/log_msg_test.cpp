@@ -59,35 +59,30 @@ TEST_F(LogMsgTest, ProcessNameIsPaddedOrCutToTen) {
 }
 
 TEST_F(LogMsgTest, SeverityTagsAndNames) {
-    const std::pair<LogSeverity, std::string> tags[] = {
-        {SevInfo, "-INFO  "}, {SevWarning, "-WARN  "}, {SevError, "-ERROR "},
-        {SevFatal, "-FATAL "}, {SevSystem, "-SYS   "}, {static_cast<LogSeverity>(6), "-------"},
-        {SevNone, "-------"}};
-    for (const auto& [sev, tag] : tags) {
-        SCOPED_TRACE(tag);
+    struct Case {
+        LogSeverity sev;
+        std::string tag, name;  // the name StringToSev reads; "none" and "Info" read as SevNone
+    };
+    const Case cases[] = {{SevInfo, "-INFO  ", "info"}, {SevWarning, "-WARN  ", "warning"},
+                          {SevError, "-ERROR ", "error"}, {SevFatal, "-FATAL ", "fatal"},
+                          {SevSystem, "-SYS   ", "system"}, {static_cast<LogSeverity>(6), "-------", ""},
+                          {SevNone, "-------", "none"}, {SevNone, "-------", "Info"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.tag + c.name);
         lines().clear();
-        CLogMsg("at", "", sev) << "b" << flush;
+        CLogMsg("at", "", c.sev) << "b" << flush;
         ASSERT_EQ(lines().size(), 1u);
-        EXPECT_NE(lines()[0].find(" 14:07:09 " + tag + "at : b"), std::string::npos) << lines()[0];
+        EXPECT_NE(lines()[0].find(" 14:07:09 " + c.tag + "at : b"), std::string::npos) << lines()[0];
+        if (c.sev != 6) { EXPECT_EQ(StringToSev(c.name), c.sev); }
     }
-    EXPECT_EQ(StringToSev("info"), SevInfo);
-    EXPECT_EQ(StringToSev("warning"), SevWarning);
-    EXPECT_EQ(StringToSev("error"), SevError);
-    EXPECT_EQ(StringToSev("fatal"), SevFatal);
-    EXPECT_EQ(StringToSev("system"), SevSystem);
-    EXPECT_EQ(StringToSev("Info"), SevNone);
-    EXPECT_EQ(StringToSev("none"), SevNone);
     EXPECT_EQ(StringToSev(""), SevNone);
 }
 
 TEST_F(LogMsgTest, LongCategoryIsWrittenWhole) {
-    CLogMsg("at", "database", SevInfo) << "b" << flush;
-    ASSERT_EQ(lines().size(), 1u);
-    EXPECT_NE(lines()[0].find(" database 03-05-2024"), std::string::npos);
     const std::string huge(400, 'c');
     CLogMsg("at", huge.c_str(), SevInfo) << "tail" << flush;
-    ASSERT_EQ(lines().size(), 2u);
-    EXPECT_NE(lines()[1].find(" " + huge + " 03-05-2024 14:07:09 -INFO  at : tail"), std::string::npos);
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_NE(lines()[0].find(" " + huge + " 03-05-2024 14:07:09 -INFO  at : tail"), std::string::npos);
 }
 
 TEST_F(LogMsgTest, MessageIsReusableAndShorterBodyIsCut) {

@@ -60,12 +60,6 @@ TEST_F(LoggerTest, CategoryMessagesNeedAChannelThatNamesCategories) {
     EXPECT_TRUE(log_->HasCategory("whatever"));
 }
 
-TEST_F(LoggerTest, NoChannelsMeansLowestSeverityNone) {
-    log_->InitOptimisationVariable();
-    EXPECT_FALSE(log_->HasSeverity(SevSystem));
-    EXPECT_TRUE(log_->HasSeverity(SevNone));
-}
-
 TEST_F(LoggerTest, FailingChannelDoesNotStopTheOthers) {
     auto* failing = new CountingChannel(SevInfo, "", true);
     auto* healthy = new CountingChannel(SevInfo, "");
@@ -85,13 +79,6 @@ TEST_F(LoggerTest, FunctionChannelIsCreatedOnceAndReconfigured) {
     EXPECT_EQ(first->GetCategory(), "");
     CLogMsg("at") << "once" << flush;
     EXPECT_EQ(lines().size(), 1u);
-}
-
-TEST_F(LoggerTest, LoggingGateIsStoredOnly) {
-    log_->SetLoggingGate(true);
-    EXPECT_TRUE(log_->GetLoggingGate());
-    log_->SetLoggingGate(false);
-    EXPECT_FALSE(log_->GetLoggingGate());
 }
 
 TEST_F(LoggerTest, LinesFromManyThreadsAreWholeAndCounted) {

@@ -69,19 +69,6 @@ TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
     EXPECT_EQ(oops.Where(), "unknown");
 }
 
-TEST(QIBErrorTest, CopyAndAssignKeepAllFields) {
-    QIBError a("text", 7, 8, "where", 3);
-    QIBError b;
-    b = a;
-    QIBError c(a);
-    for (const QIBError* e : {&b, &c}) {
-        EXPECT_EQ(e->What(), "text");
-        EXPECT_EQ(e->Code(), 7);
-        EXPECT_EQ(e->Severity(), 8);
-        EXPECT_EQ(e->Where(), "where 3");
-    }
-}
-
 TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {
     EXPECT_STREQ(ExceptionToConstChar(1), "Memory allocation failure");
     EXPECT_STREQ(ExceptionToConstChar(710), "Syntax Error in User File");

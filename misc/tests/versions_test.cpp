@@ -26,12 +26,9 @@ TEST(QibVrVersionsTest, ApplicationLineFirstThenOthersInNameOrder) {
 }
 
 TEST(QibVrVersionsTest, LaterRegistrationReplaces) {
-    QibVr_Versions& v = QibVr_Versions::Instance();
-    v.Register("repl", "repl 1");
-    v.Register("repl", "repl 2");
-    EXPECT_EQ(v.ToStringMe("repl"), "repl 2\r\n");
-    QibVr_Versions::Map copy = v;
-    EXPECT_EQ(copy["repl"], "repl 2");
+    QibVr_Versions::Instance().Register("repl", "repl 1");
+    QibVr_AutoRegister reg("repl", "repl 2");
+    EXPECT_EQ(QibVr_Versions::Instance().ToStringMe("repl"), "repl 2\r\n");
 }
 
 TEST(QibVrVersionsTest, UnknownAppLeavesAnEmptyEntry) {
@@ -57,11 +54,6 @@ TEST(QibVrVersionsTest, LibraryRegistersItsComponentsAndOldInterfaceChangesNothi
     EXPECT_TRUE(old.empty());
 }
 
-TEST(QibVrVersionsTest, AutoRegisterRegisters) {
-    QibVr_AutoRegister reg("auto-comp", "auto-comp 3.1");
-    EXPECT_EQ(QibVr_Versions::Instance().ToStringMe("auto-comp"), "auto-comp 3.1\r\n");
-}
-
 TEST(VersionSpecHelperTest, ParsesNumbersAndExtra) {
     struct Case {
         std::string text;
@@ -76,7 +68,6 @@ TEST(VersionSpecHelperTest, ParsesNumbersAndExtra) {
         {"", {}, ""},
         {"release", {}, ""},
         {"007", {7}, ""},
-        {"1.2.3.4", {1, 2, 3, 4}, ""},  // nothing after the fourth: no extra
         {"99999999999.1", {2147483647, 1}, ""},
     };
     for (const Case& c : cases) {

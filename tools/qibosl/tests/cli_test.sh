@@ -12,10 +12,14 @@ check() {  # check NAME EXPECTED-STATUS COMMAND...
         echo "FAIL $name: status $status, expected $expected"; cat /tmp/qibosl-cli.$$.err; fail=1
     fi
 }
+expect() {  # expect out|err NAME GREP-ARGUMENTS...: the last command's stdout or stderr matches
+    local stream=$1 name=$2; shift 2
+    grep -q "$@" /tmp/qibosl-cli.$$.$stream || { echo "FAIL $name"; cat /tmp/qibosl-cli.$$.$stream; fail=1; }
+}
 check no-command 2 "$qibosl"
-grep -q '^usage: qibosl' /tmp/qibosl-cli.$$.err || { echo "FAIL no-command: no usage on stderr"; fail=1; }
+expect err "no-command: no usage on stderr" '^usage: qibosl'
 check unknown-command 2 "$qibosl" frobnicate
-grep -q "unknown command 'frobnicate'" /tmp/qibosl-cli.$$.err || { echo "FAIL unknown-command text"; fail=1; }
+expect err "unknown-command text" "unknown command 'frobnicate'"
 check version-extra-arg 2 "$qibosl" version extra
 check version 0 "$qibosl" version
 head -c 200 /tmp/qibosl-cli.$$.out | grep -q $'^qibosl [0-9.]*\r$' || { echo "FAIL version: first line"; fail=1; }
@@ -23,16 +27,18 @@ head -c 200 /tmp/qibosl-cli.$$.out | grep -q $'^qibosl [0-9.]*\r$' || { echo "FA
 [ "$(sort /tmp/qibosl-cli.$$.out | uniq -d | wc -l)" -eq 0 ] || { echo "FAIL version: duplicates"; fail=1; }
 check demo-missing-dir 2 "$qibosl" demo /nonexistent/installation
 check demo 0 "$qibosl" demo "$installation"
-grep -q -- '-WARN  demo : a warning in category disk' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: warning line"; fail=1; }
+expect out "demo: warning line" -- '-WARN  demo : a warning in category disk'
 grep -q 'never shown' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: refused category shown"; fail=1; }
-grep -q '^	E0042 cannot open report.dat: permission denied (3 attempts)$' /tmp/qibosl-cli.$$.out ||
-    { echo "FAIL demo: message from the installation's catalog"; fail=1; }
-grep -q 'report_server/language = English   (from the group default)' /tmp/qibosl-cli.$$.out ||
-    { echo "FAIL demo: settings file"; fail=1; }
-grep -q 'back: .*(same bytes)' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: text round trip"; fail=1; }
+expect out "demo: message from the installation's catalog" \
+    '^	E0042 cannot open report.dat: permission denied (3 attempts)$'
+expect out "demo: settings file" 'report_server/language = English   (from the group default)'
+expect out "demo: text round trip" 'back: .*(same bytes)'
 grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
-grep -q 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} ' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: journal header"; fail=1; }
+expect out "demo: journal header" 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} '
 [ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
+expect out "demo: environment section" 'GeneralConfiguration::Init on an unset variable throws the integer 2'
+expect out "demo: dloadlib" 'programm misc\\src\\dloadlib 76'
+expect out "demo: wildcard" '^files matching README\* (^README\.\*\$, case ignored): README'
 
 # catalog compile / dump / usage
 tmp=$(mktemp -d)
@@ -40,12 +46,12 @@ printf '# a comment\nusage_x1=Options:\nprog_x1_1=-in=FILE\\tinput\nusage_2=vers
 check catalog-compile 0 "$qibosl" catalog compile "$tmp/src.msg" "$tmp/a.cat"
 check catalog-dump 0 "$qibosl" catalog dump "$tmp/a.cat"
 cp /tmp/qibosl-cli.$$.out "$tmp/dump.msg"
-grep -qx 'multi=a\\nb\\x01 é' "$tmp/dump.msg" || { echo "FAIL catalog-dump: escapes"; fail=1; }
+expect out "catalog-dump: escapes" -x 'multi=a\\nb\\x01 é'
 check catalog-recompile 0 "$qibosl" catalog compile "$tmp/dump.msg" "$tmp/b.cat"
 cmp -s "$tmp/a.cat" "$tmp/b.cat" || { echo "FAIL catalog: compile(dump(x)) differs from x"; fail=1; }
 printf 'ok=1\n\nbroken line\n' >"$tmp/bad.msg"
 check catalog-bad-source 1 "$qibosl" catalog compile "$tmp/bad.msg" "$tmp/c.cat"
-grep -q "bad.msg:3: no '=' between key and text" /tmp/qibosl-cli.$$.err || { echo "FAIL catalog: error line"; fail=1; }
+expect err "catalog: error line" "bad.msg:3: no '=' between key and text"
 check catalog-dump-garbage 1 "$qibosl" catalog dump "$tmp/bad.msg"
 check catalog-no-args 2 "$qibosl" catalog
 check catalog-unknown-option 2 "$qibosl" catalog dump -x=1 "$tmp/a.cat"
@@ -54,34 +60,30 @@ check usage 0 "$qibosl" usage "$tmp/a.cat" prog
 check usage-message-path 0 env MESSAGE_PATH="$tmp" "$qibosl" usage a.cat prog
 check usage-missing-catalog 1 "$qibosl" usage "$tmp/none.cat" prog
 check usage-no-set 2 "$qibosl" usage "$tmp/a.cat"
-grep -q 'usage CATALOG SET' /tmp/qibosl-cli.$$.err || { echo "FAIL usage: own usage from the catalog"; fail=1; }
+expect err "usage: own usage from the catalog" 'usage CATALOG SET'
 check help 0 "$qibosl" help
-grep -q 'catalog dump FILE' /tmp/qibosl-cli.$$.out || { echo "FAIL help: usage texts missing"; fail=1; }
+expect out "help: usage texts missing" 'catalog dump FILE'
 rm -rf "$tmp"
 # env and dirs
 check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
-grep -qx 'QIBOSL_CLI_SET=value' /tmp/qibosl-cli.$$.out || { echo "FAIL env: set variable"; fail=1; }
+expect out "env: set variable" -x 'QIBOSL_CLI_SET=value'
 check env-empty 0 env QIBOSL_CLI_SET= "$qibosl" env QIBOSL_CLI_SET
-grep -q 'set to the empty text' /tmp/qibosl-cli.$$.out || { echo "FAIL env: empty variable"; fail=1; }
+expect out "env: empty variable" 'set to the empty text'
 check env-unset 1 env -u QIBOSL_CLI_SET "$qibosl" env QIBOSL_CLI_SET
 check env-list 0 env QIBOSL_CLI_SET=a=b "$qibosl" env
-grep -qx 'QIBOSL_CLI_SET=a=b' /tmp/qibosl-cli.$$.out || { echo "FAIL env: list"; fail=1; }
+expect out "env: list" -x 'QIBOSL_CLI_SET=a=b'
 check env-two-args 2 "$qibosl" env A B
 check dirs 0 env DECOLLATOR_DIR=/opt/qib TMPDIR=/var/tmp "$qibosl" dirs
-grep -q '^  log  */opt/qib/log/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: log directory"; fail=1; }
-grep -q '^temp directory  */var/tmp/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: temp"; fail=1; }
+expect out "dirs: log directory" '^  log  */opt/qib/log/$'
+expect out "dirs: temp" '^temp directory  */var/tmp/$'
 check dirs-second-variable 0 env -u DECOLLATOR_DIR QIB_ROOT=/srv/q/ "$qibosl" dirs DECOLLATOR_DIR QIB_ROOT
-grep -q '^  root  */srv/q/$' /tmp/qibosl-cli.$$.out || { echo "FAIL dirs: second variable"; fail=1; }
+expect out "dirs: second variable" '^  root  */srv/q/$'
 check dirs-unset 1 env -u DECOLLATOR_DIR "$qibosl" dirs
-check demo-env 0 "$qibosl" demo "$installation"
-grep -q 'GeneralConfiguration::Init on an unset variable throws the integer 2' /tmp/qibosl-cli.$$.out ||
-    { echo "FAIL demo: environment section"; fail=1; }
-grep -q 'programm misc\\src\\dloadlib 76' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: dloadlib"; fail=1; }
 
 # convert and encodings
 tmp=$(mktemp -d)
 check encodings 0 "$qibosl" encodings
-grep -q '^Latin1  *ISO 8859-1' /tmp/qibosl-cli.$$.out || { echo "FAIL encodings: Latin1 with its description"; fail=1; }
+expect out "encodings: Latin1 with its description" '^Latin1  *ISO 8859-1'
 printf 'caf\xe9\n' >"$tmp/latin1.txt"
 check convert-file 0 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/latin1.txt"
 [ "$(od -An -tx1 /tmp/qibosl-cli.$$.out | tr -d ' \n')" = "636166c3a90a" ] || { echo "FAIL convert: Latin1 to UTF-8"; fail=1; }
@@ -91,14 +93,12 @@ python3 -c "import sys; sys.stdout.buffer.write(b'x' + ('日本語、abc\n' + '�
     "$qibosl" convert -from=MS932 -to=UTF-8 "$tmp/ja.sjis" | cmp -s - "$tmp/ja.txt" ||
     { echo "FAIL convert: UTF-8 -> MS932 -> UTF-8 through stdin and a file"; fail=1; }
 check convert-unknown-encoding 2 "$qibosl" convert -from=Latin1 -to=no-such-encoding "$tmp/latin1.txt"
-grep -q "unknown encoding 'no-such-encoding'" /tmp/qibosl-cli.$$.err || { echo "FAIL convert: unknown encoding text"; fail=1; }
+expect err "convert: unknown encoding text" "unknown encoding 'no-such-encoding'"
 check convert-missing-option 2 "$qibosl" convert -from=Latin1 "$tmp/latin1.txt"
 check convert-missing-file 1 "$qibosl" convert -from=Latin1 -to=UTF-8 "$tmp/none.txt"
 printf 'ok\xff\n' >"$tmp/bad.txt"
 check convert-illegal-input 1 "$qibosl" convert -from=UTF-8 -to=Latin1 "$tmp/bad.txt"
 rm -rf "$tmp"
-check demo-patterns 0 "$qibosl" demo "$installation"
-grep -q '^files matching README\* (^README\.\*\$, case ignored): README' /tmp/qibosl-cli.$$.out || { echo "FAIL demo: wildcard"; fail=1; }
 # match and autoedit
 printf 'alpha 1\nBeta 22\ngamma\n' >/tmp/qibosl-cli.$$.txt
 check match 0 "$qibosl" match '[0-9]+$' /tmp/qibosl-cli.$$.txt
@@ -107,8 +107,8 @@ check match-case 0 "$qibosl" match -i '^beta' /tmp/qibosl-cli.$$.txt
 [ "$(cat /tmp/qibosl-cli.$$.out)" = 'Beta 22' ] || { echo "FAIL match -i: lines"; fail=1; }
 check match-none 1 "$qibosl" match '^delta' /tmp/qibosl-cli.$$.txt
 check match-bad-pattern 2 "$qibosl" match '(' /tmp/qibosl-cli.$$.txt
-grep -q '^qibosl match: Invalid regular expression pattern: ($' /tmp/qibosl-cli.$$.err &&
-    grep -q '^GCError: missing closing parenthesis' /tmp/qibosl-cli.$$.err || { echo "FAIL match: error text"; fail=1; }
+expect err "match: error text" '^qibosl match: Invalid regular expression pattern: ($'
+expect err "match: error cause" '^GCError: missing closing parenthesis'
 check match-stdin 0 sh -c "printf 'x\303\251y\n' | '$qibosl' match -u '^x.y$'"
 check match-no-file 2 "$qibosl" match a /nonexistent/file
 check autoedit 0 "$qibosl" autoedit 'log_%%Job.%%N' JOB=run n=7
