@@ -31,14 +31,11 @@ TEST(StrCmpInSensitiveTest, FoldsAsciiLettersOnly) {
         bool less;
     };
     const Case cases[] = {
-        {"abc", "ABD", true},   {"ABD", "abc", false},  {"abc", "ABC", false}, {"ABC", "abc", false},
-        {"ab", "ABC", true},    {"ABC", "ab", false},   {"", "a", true},       {"a", "", false},
-        {"_", "a", false},      // "_" (0x5F) sorts after "A" (0x41), the folded "a"
-        {"Z", "_", true},       {"\xc3\xa9", "\xc3\x89", false},  // é vs É: different bytes stay
-        {"\xc3\x89", "\xc3\xa9", true}, {"a\x80", "A\x7f", false},  // unsigned comparison
+        {"abc", "ABD", true},  {"abc", "ABC", false},  {"ab", "ABC", true},  {"a", "", false},
+        {"_", "a", false},  // "_" (0x5F) sorts after "A" (0x41), the folded "a"
+        {"\xc3\x89", "\xc3\xa9", true}, {"a\x80", "A\x7f", false},  // é vs É stay different; unsigned bytes
         // Longer than one eight-byte step: case differences early, real ones late.
-        {"SECTION_12", "section_13", true}, {"section_13", "SECTION_12", false},
-        {"abcdefghIJ", "ABCDEFGHij", false}, {"ABCDEFGHij", "abcdefghIJ", false},
+        {"SECTION_12", "section_13", true}, {"abcdefghIJ", "ABCDEFGHij", false},
         {"abcdefghijklmnop_", "ABCDEFGHIJKLMNOPa", false}, {"abcdefghijklmnopq", "abcdefghijklmnop", false},
     };
     const StrCmpInSensitive less;
@@ -120,7 +117,6 @@ TEST_F(IniModelTest, GetStringFoundFlagAndDefaults) {
     EXPECT_FALSE(found);
     EXPECT_EQ(ini.GetString("nogroup", "k", "d", &found), "d");
     EXPECT_FALSE(found);
-    EXPECT_EQ(ini.GetKeyValue("nogroup", "k", "d", true), "d");
 }
 
 TEST_F(IniModelTest, IteratorWalksGroupsInOrder) {
