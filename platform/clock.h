@@ -35,5 +35,7 @@ void setClock(const Clock* clock);
 /// The current time of clock(), in the local time zone.
 LocalTime localNow();
 LocalTime toLocal(WallTime time);
+/// Seconds since the epoch of a local date and time (mktime); -1 when it cannot be represented.
+std::int64_t fromLocal(int year, int month, int day, int hour, int minute, int second);
 
 }  // namespace osl::platform

@@ -96,7 +96,5 @@ private:
     Record* record_ = nullptr;
 };
 
-/// Seconds since the epoch of a local date and time (mktime); -1 when it cannot be represented.
-std::int64_t fromLocal(int year, int month, int day, int hour, int minute, int second);
 
 }  // namespace osl::platform

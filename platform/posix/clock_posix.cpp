@@ -37,6 +37,18 @@ LocalTime toLocal(WallTime time) {
             parts.tm_min,         parts.tm_sec,     time.micros};
 }
 
+std::int64_t fromLocal(int year, int month, int day, int hour, int minute, int second) {
+    tm parts{};
+    parts.tm_year = year - 1900;
+    parts.tm_mon = month - 1;
+    parts.tm_mday = day;
+    parts.tm_hour = hour;
+    parts.tm_min = minute;
+    parts.tm_sec = second;
+    parts.tm_isdst = -1;
+    return static_cast<std::int64_t>(mktime(&parts));
+}
+
 LocalTime localNow() { return toLocal(clock().now()); }
 
 }  // namespace osl::platform

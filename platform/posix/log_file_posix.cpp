@@ -192,16 +192,4 @@ void SharedLogState::setCounted(const FileInfo& info) {
     record_->size.store(info.size, std::memory_order_relaxed);
 }
 
-std::int64_t fromLocal(int year, int month, int day, int hour, int minute, int second) {
-    tm parts{};
-    parts.tm_year = year - 1900;
-    parts.tm_mon = month - 1;
-    parts.tm_mday = day;
-    parts.tm_hour = hour;
-    parts.tm_min = minute;
-    parts.tm_sec = second;
-    parts.tm_isdst = -1;
-    return static_cast<std::int64_t>(::mktime(&parts));
-}
-
 }  // namespace osl::platform

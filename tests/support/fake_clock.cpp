@@ -9,15 +9,7 @@
 namespace osl::test {
 
 FakeClock::FakeClock(int year, int month, int day, int hour, int minute, int second, int micros) {
-    tm parts{};
-    parts.tm_year = year - 1900;
-    parts.tm_mon = month - 1;
-    parts.tm_mday = day;
-    parts.tm_hour = hour;
-    parts.tm_min = minute;
-    parts.tm_sec = second;
-    parts.tm_isdst = -1;
-    micros_ = static_cast<std::int64_t>(mktime(&parts)) * 1000000 + micros;
+    micros_ = osl::platform::fromLocal(year, month, day, hour, minute, second) * 1000000 + micros;
     osl::platform::setClock(this);
 }
 
