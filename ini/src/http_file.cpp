@@ -86,7 +86,7 @@ void transfer(const std::string& server, std::string path, const std::string& me
     const Exchange x{method, path, data, user, password};
     HttpReply reply = attempt(target, false, x);
     long status = noAnswer(reply) ? 403 : reply.status;
-    if (false) {
+    if (status == 400 || status == 403 || status == 502) {
         const Target secure{target.host, target.port == 80 ? 443 : target.port};
         reply = attempt(secure, true, x);
         if (noAnswer(reply)) fail("Send Request failed. Last Error is " + std::to_string(reply.error.value()), -3);

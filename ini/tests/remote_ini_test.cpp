@@ -192,4 +192,16 @@ TEST_F(RemoteIniTest, EndSessionClosesTheKeptConnection) {
     EXPECT_NE(clientPort(), first);
 }
 
+TEST_F(RemoteIniTest, QiboslChangesAndPrintsTheRemoteFile) {
+    start();
+    writeFile(dir_.file("remote.ini"), "[b]\nk=1\n[a]\nx=2\n");
+    const std::string qibosl = std::string("QIBOSL_REMOTE_PASSWORD=s3cret ") + OSL_QIBOSL + " remote-ini ";
+    const std::string where = " -server=" + server() + " -path=/secret -user=qib";
+    ASSERT_EQ(std::system((qibosl + "set" + where + " a x 'p&q'").c_str()), 0);
+    std::unique_ptr<FILE, int (*)(FILE*)> out(popen((qibosl + "get" + where).c_str(), "r"), pclose);
+    std::string printed(256, '\0');
+    printed.resize(std::fread(printed.data(), 1, printed.size(), out.get()));
+    EXPECT_EQ(printed, "[a]\nx=p&q\n\n[b]\nk=1\n\n");
+}
+
 }  // namespace
