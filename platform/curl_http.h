@@ -22,11 +22,11 @@ void endHttpSession();
 
 /// What came back from one send.
 struct HttpReply {
-    std::error_code error;     // the exchange broke off; see status and headersComplete for where
-    long status = 0;           // of the last response; 0 when no status line arrived
+    std::error_code error;  // the exchange broke off; see status and headersComplete for where
+    long status = 0;        // of the last response; 0 when no status line arrived
     bool headersComplete = false;  // the last response's header block arrived whole
-    std::string headers;       // the last response's raw header block
-    std::string body;          // the last response's body
+    std::string headers;           // the last response's raw header block
+    std::string body;              // the last response's body
 };
 
 /// One request: a target, a method and path, optional credentials, then one or more sends. Every

@@ -2,7 +2,6 @@
 // The transfers to and from the file-transfer endpoint: request data, the credential rounds, the
 // secure second attempt and the error texts. HTTP itself is platform/curl_http.h.
 #include <vum-qib-osl/ini/http_file.h>
-
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include "platform/curl_http.h"
@@ -34,7 +33,8 @@ bool splitServer(const std::string& server, Target& target) {
     target.host = server.substr(0, hostEnd);
     if (hostEnd >= server.size()) return !target.host.empty();
     const std::string digits = server.substr(hostEnd + 1);
-    if (digits.empty() || digits.size() > 5 || digits.find_first_not_of("0123456789") != std::string::npos) {
+    if (digits.empty() || digits.size() > 5 ||
+        digits.find_first_not_of("0123456789") != std::string::npos) {
         return false;
     }
     target.port = std::stoi(digits);
@@ -78,8 +78,9 @@ HttpReply attempt(const Target& target, bool secure, const Exchange& x) {
 bool noAnswer(const HttpReply& reply) { return reply.error && reply.status == 0; }
 
 // The body of the final answer is appended to content.
-void transfer(const std::string& server, std::string path, const std::string& method, const std::string& data,
-              std::string& content, const std::string& user, const std::string& password) {
+void transfer(const std::string& server, std::string path, const std::string& method,
+              const std::string& data, std::string& content, const std::string& user,
+              const std::string& password) {
     Target target;
     if (server.empty() || !splitServer(server, target)) fail("Internet Connect failed", -2);
     if (method != "POST") path += "?" + data;
@@ -89,7 +90,8 @@ void transfer(const std::string& server, std::string path, const std::string& me
     if (status == 400 || status == 403 || status == 502) {
         const Target secure{target.host, target.port == 80 ? 443 : target.port};
         reply = attempt(secure, true, x);
-        if (noAnswer(reply)) fail("Send Request failed. Last Error is " + std::to_string(reply.error.value()), -3);
+        if (noAnswer(reply))
+            fail("Send Request failed. Last Error is " + std::to_string(reply.error.value()), -3);
         status = reply.status;
     }
     if (status >= 400) fail("Send Request failed. Status " + std::to_string(status), -3);
@@ -103,18 +105,21 @@ void transfer(const std::string& server, std::string path, const std::string& me
 
 }  // namespace
 
-void HTTP_GetFile(const std::string& server, std::string path, bool isText, std::string& content, std::string user,
-                  std::string password) {
+void HTTP_GetFile(const std::string& server, std::string path, bool isText, std::string& content,
+                  std::string user, std::string password) {
     content.clear();
-    transfer(server, std::move(path), "GET", isText ? "action=get&" : "action=get&istxt=0", content, user, password);
+    transfer(server, std::move(path), "GET", isText ? "action=get&" : "action=get&istxt=0", content,
+             user, password);
 }
 
-void HTTP_PutFile(const std::string& server, std::string path, bool isText, std::string& content, std::string user,
-                  std::string password) {
-    for (std::size_t at = content.find('&'); at != std::string::npos; at = content.find('&', at + 3)) {
+void HTTP_PutFile(const std::string& server, std::string path, bool isText, std::string& content,
+                  std::string user, std::string password) {
+    for (std::size_t at = content.find('&'); at != std::string::npos;
+         at = content.find('&', at + 3)) {
         content.replace(at, 1, "%26");
     }
-    const std::string data = std::string(isText ? "action=put&filedata=" : "action=put&istxt=0&filedata=") +
-                             content + "http_file_size=" + std::to_string(content.size());
+    const std::string data =
+        std::string(isText ? "action=put&filedata=" : "action=put&istxt=0&filedata=") + content +
+        "http_file_size=" + std::to_string(content.size());
     transfer(server, std::move(path), "POST", data, content, user, password);
 }

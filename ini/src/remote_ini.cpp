@@ -1,8 +1,7 @@
 // ini/src/remote_ini.cpp
 // An Ini read from and written to the file-transfer endpoint of a web server.
-#include <vum-qib-osl/ini/remote_ini.h>
-
 #include <vum-qib-osl/ini/http_file.h>
+#include <vum-qib-osl/ini/remote_ini.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
@@ -15,8 +14,8 @@ constexpr char kEndpoint[] = "/vum-qib-http-file-cgi.exe";
 
 }  // namespace
 
-RemoteIni::RemoteIni(const std::string& server, const std::string& basePath, const std::string& user,
-                     const std::string& password)
+RemoteIni::RemoteIni(const std::string& server, const std::string& basePath,
+                     const std::string& user, const std::string& password)
     : Ini("", false), server_(server), basePath_(basePath), user_(user), password_(password) {
     try {
         HTTP_GetFile(server_, basePath_ + kEndpoint, true, content_, user_, password_);
@@ -34,7 +33,8 @@ void RemoteIni::ReadDataFromIniFile() {
     std::istringstream probe(content_);
     std::string line;
     if (!GetNextLine(probe, line)) {
-        OSL_LOG(SevInfo, "ini", "RemoteIni::ReadDataFromIniFile") << Ini::ExceptionNumberToString(5);
+        OSL_LOG(SevInfo, "ini", "RemoteIni::ReadDataFromIniFile")
+            << Ini::ExceptionNumberToString(5);
         throw QIBError(Ini::ExceptionNumberToString(5), 5, 12, kWhere, __LINE__);
     }
     std::istringstream in(content_);
@@ -53,6 +53,7 @@ void RemoteIni::FlushIniDataToFile(const std::string& /*fileName*/) {
         HTTP_PutFile(server_, basePath_ + kEndpoint, true, content_, user_, password_);
     } catch (int number) {
         // Parse error numbers thrown as bare integers, as older readers did, leave as QIBError.
-        throw QIBError("Ini error:" + Ini::ExceptionNumberToString(number), number, 12, kWhere, __LINE__);
+        throw QIBError("Ini error:" + Ini::ExceptionNumberToString(number), number, 12, kWhere,
+                       __LINE__);
     }
 }

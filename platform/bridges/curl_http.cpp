@@ -22,7 +22,9 @@ constexpr std::size_t kMaxIdleHandles = 4;
 class CurlCategory : public std::error_category {
 public:
     const char* name() const noexcept override { return "curl"; }
-    std::string message(int code) const override { return curl_easy_strerror(static_cast<CURLcode>(code)); }
+    std::string message(int code) const override {
+        return curl_easy_strerror(static_cast<CURLcode>(code));
+    }
 };
 
 std::error_code curlError(CURLcode code) { return {static_cast<int>(code), httpCategory()}; }
@@ -160,8 +162,8 @@ HttpRequest::HttpRequest(const std::string& agent) : impl_(std::make_unique<Impl
 }
 
 HttpRequest::~HttpRequest() {
+    if (impl_->curl) giveBack(impl_->curl, impl_->generation);  // first: the handle points at url
     if (impl_->url) curl_url_cleanup(impl_->url);
-    if (impl_->curl) giveBack(impl_->curl, impl_->generation);
 }
 
 bool HttpRequest::isOpen() const { return impl_->curl && impl_->url; }
@@ -184,7 +186,8 @@ std::error_code HttpRequest::open(const std::string& method, const std::string& 
     const char* query = question == std::string::npos ? nullptr : path.c_str() + question + 1;
     if (method.empty() || hasControlCharacters(method) || hasControlCharacters(path) ||
         curl_url_set(impl_->url, CURLUPART_SCHEME, secure ? "https" : "http", 0) != CURLUE_OK ||
-        curl_url_set(impl_->url, CURLUPART_PATH, objectPath.c_str(), CURLU_URLENCODE) != CURLUE_OK ||
+        curl_url_set(impl_->url, CURLUPART_PATH, objectPath.c_str(), CURLU_URLENCODE) !=
+            CURLUE_OK ||
         curl_url_set(impl_->url, CURLUPART_QUERY, query, 0) != CURLUE_OK) {
         return curlError(CURLE_URL_MALFORMAT);
     }
@@ -230,7 +233,8 @@ HttpReply HttpRequest::send(const std::string& contentType, const std::string& b
 
     // A fresh answer from the server, never one from a cache; no "Expect: 100-continue" round.
     curl_slist* headers = nullptr;
-    std::vector<std::string> lines{"Accept: */*", "Cache-Control: no-cache", "Pragma: no-cache", "Expect:"};
+    std::vector<std::string> lines{"Accept: */*", "Cache-Control: no-cache", "Pragma: no-cache",
+                                   "Expect:"};
     if (!contentType.empty()) lines.push_back("Content-Type: " + contentType);
     if (impl_->secure) lines.emplace_back("Connection: Keep-Alive");
     for (const std::string& line : lines) {

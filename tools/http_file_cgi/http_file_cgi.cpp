@@ -49,7 +49,9 @@ std::string configurationPath() {
 }
 
 bool parseCount(const std::string& text, unsigned long long& value) {
-    if (text.empty() || text.size() > 18 || text.find_first_not_of("0123456789") != std::string::npos) return false;
+    if (text.empty() || text.size() > 18 ||
+        text.find_first_not_of("0123456789") != std::string::npos)
+        return false;
     value = std::stoull(text);
     return true;
 }
@@ -78,7 +80,8 @@ Settings loadSettings() {
 std::string readBody(const Settings& settings) {
     unsigned long long length = 0;
     const std::string declared = environment("CONTENT_LENGTH");
-    if (!declared.empty() && !parseCount(declared, length)) throw Refusal{"Error: bad request length", declared};
+    if (!declared.empty() && !parseCount(declared, length))
+        throw Refusal{"Error: bad request length", declared};
     if (length > settings.maxBody) {
         throw Refusal{"Error: the request of " + declared + " bytes exceeds the limit of " +
                           std::to_string(settings.maxBody) + " bytes",
@@ -99,7 +102,9 @@ std::map<std::string, std::string> fieldsOf(const std::string& text) {
         if (end == std::string::npos) end = text.size();
         const std::string field = text.substr(start, end - start);
         const std::size_t equals = field.find('=');
-        if (!field.empty()) fields.emplace(field.substr(0, equals), equals == std::string::npos ? "" : field.substr(equals + 1));
+        if (!field.empty())
+            fields.emplace(field.substr(0, equals),
+                           equals == std::string::npos ? "" : field.substr(equals + 1));
         start = end + 1;
     }
     return fields;
@@ -139,7 +144,8 @@ std::string serve(const Settings& settings) {
         Osl_File file(settings.file, Osl_File::mode_read);
         return file.read_all();
     } catch (const QIBError& e) {
-        throw Refusal{"Error: cannot read the file: " + std::generic_category().message(static_cast<int>(e.Code())),
+        throw Refusal{"Error: cannot read the file: " +
+                          std::generic_category().message(static_cast<int>(e.Code())),
                       e.What()};
     }
 }
@@ -148,7 +154,8 @@ void store(const Settings& settings, const std::string& content) {
     try {
         Osl_File_System::replace(settings.file, content);
     } catch (const QIBError& e) {
-        throw Refusal{"Error: cannot store the file: " + std::generic_category().message(static_cast<int>(e.Code())),
+        throw Refusal{"Error: cannot store the file: " +
+                          std::generic_category().message(static_cast<int>(e.Code())),
                       e.What()};
     }
 }
@@ -181,7 +188,8 @@ void handle() {
     if (action == "get") {
         answer(isText ? "text/plain; charset=utf-8" : "application/octet-stream", serve(settings));
     } else if (action == "put") {
-        if (!hasData) throw Refusal{"Error: the file data is incomplete", "a store without filedata"};
+        if (!hasData)
+            throw Refusal{"Error: the file data is incomplete", "a store without filedata"};
         store(settings, decoded(fileData, isText));
         answer("text/plain; charset=utf-8", "");
     } else {

@@ -25,12 +25,12 @@
 /// Safe to call from several threads at once once InitOSL has run.
 
 /// GET PATH?action=get& (text) or PATH?action=get&istxt=0 (binary); content becomes the body.
-OSL_API void HTTP_GetFile(const std::string& server, std::string path, bool isText, std::string& content,
-                          std::string user, std::string password);
+OSL_API void HTTP_GetFile(const std::string& server, std::string path, bool isText,
+                          std::string& content, std::string user, std::string password);
 
 /// POST to PATH, form-encoded: "action=put&filedata=" (text) or "action=put&istxt=0&filedata=",
 /// the content, then at once "http_file_size=" and the content's length in decimal. Every "&" of
 /// content is first replaced, in place, by "%26"; nothing else is escaped, so a literal "%26" in a
 /// file comes back as "&". The endpoint's answer body is appended to content.
-OSL_API void HTTP_PutFile(const std::string& server, std::string path, bool isText, std::string& content,
-                          std::string user, std::string password);
+OSL_API void HTTP_PutFile(const std::string& server, std::string path, bool isText,
+                          std::string& content, std::string user, std::string password);
