@@ -32,8 +32,8 @@ struct HttpReply {
 /// One request: a target, a method and path, optional credentials, then one or more sends. Every
 /// request uses the proxy settings of the environment (http_proxy, https_proxy, no_proxy), sends
 /// "Accept: */*" and asks caches not to answer, follows redirects over HTTP(S) only, gives up on
-/// a connection that takes more than 30 s and on a transfer that stalls (under one byte per
-/// second) for 60 s, and sends no cookies. Not shared between threads.
+/// a connection that takes more than 30 s, on a transfer that stalls (under one byte per second)
+/// for 60 s and on a body over 256 MiB, and sends no cookies. Not shared between threads.
 class HttpRequest {
 public:
     /// isOpen() tells whether a session could be had.

@@ -18,6 +18,7 @@ namespace {
 constexpr long kConnectTimeoutSeconds = 30;
 constexpr long kStallSeconds = 60;
 constexpr std::size_t kMaxIdleHandles = 4;
+constexpr std::size_t kMaxBody = std::size_t{256} << 20;
 
 class CurlCategory : public std::error_category {
 public:
@@ -107,8 +108,11 @@ std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user
     return size * count;
 }
 
+// A server that never stops sending must not take the host's memory: the transfer breaks off.
 std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user) {
-    static_cast<HttpReply*>(user)->body.append(data, size * count);
+    auto* reply = static_cast<HttpReply*>(user);
+    if (reply->body.size() + size * count > kMaxBody) return 0;
+    reply->body.append(data, size * count);
     return size * count;
 }
 
