@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+class Ini;
+
 namespace qibosl {
 
 /// The arguments after the subcommand's name, as QIBCommandLine gives them: options joined into
@@ -47,6 +49,11 @@ int cmdEncodings(const Args& args);
 int cmdIni(const Args& args);
 int cmdLog(const Args& args);
 void demoSettings(const std::string& installation);
+/// The table in canonical form: "[group]", "key=value" lines, an empty line.
+void printIni(std::ostream& out, const Ini& ini);
+// INI files on a web server (cmd_remote_ini.cpp).
+int cmdRemoteIni(const Args& args);
+void demoRemoteSettings(const std::string& installation);
 // Environment and installation directories (cmd_env.cpp).
 int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);

@@ -34,6 +34,7 @@ expect out "demo: message from the installation's catalog" \
 expect out "demo: settings file" 'report_server/language = English   (from the group default)'
 expect out "demo: text round trip" 'back: .*(same bytes)'
 grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+expect out "demo: no remote server" '^no remote settings: the installation names no server'
 expect out "demo: journal header" 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} '
 [ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
 expect out "demo: environment section" 'GeneralConfiguration::Init on an unset variable throws the integer 2'
