@@ -73,7 +73,7 @@ expect err "ini without a verb: its usage" '^usage: qibosl ini check FILE'
 grep -q '^commands:' /tmp/qibosl-cli.$$.err && { echo "FAIL ini without a verb: whole list"; fail=1; }
 # The manual page and the completion are generated beside qibosl: the same commands as its help.
 docs=$(dirname "$qibosl")
-"$qibosl" help | sed -n 's/^\t\([a-z-]*\) .*/\1/p; s/^\t\([a-z-]*\)$/\1/p' | sort -u >"$tmp/help.list"
+"$qibosl" help | sed -n 's/^\t\([a-z][a-z-]*\)\( .*\)\{0,1\}$/\1/p' | sort -u >"$tmp/help.list"
 sed -n 's/^\.SS //p' "$docs/qibosl.1" | sort >"$tmp/man.list"
 cmp -s "$tmp/help.list" "$tmp/man.list" || { echo "FAIL manual page sections differ from help"; diff "$tmp/help.list" "$tmp/man.list"; fail=1; }
 completed=$(bash -c 'source "$1"
