@@ -2,10 +2,11 @@
 #   make demo    install what is missing, build, install into ./dist, run the demo
 #   make test    install what is missing, build and run the whole test suite
 #   make bench   the benchmarks against their peers
+#   make package the Debian packages, in build/package
 JOBS ?= $(shell nproc)
 DIST ?= $(CURDIR)/dist
 
-.PHONY: demo test bench asan tsan fuzz clean
+.PHONY: demo test bench package asan tsan fuzz clean
 
 demo:
 	tools/dev/install-deps.sh build
@@ -25,6 +26,12 @@ bench:
 	cmake --preset bench
 	cmake --build --preset bench -j $(JOBS)
 	tools/dev/run-benchmarks.sh build/bench
+
+package:
+	tools/dev/install-deps.sh build package
+	cmake --preset package
+	cmake --build --preset package -j $(JOBS)
+	cd build/package && cpack
 
 asan tsan:
 	tools/dev/install-deps.sh build test

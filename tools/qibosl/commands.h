@@ -37,6 +37,9 @@ public:
 
 /// Prints qibosl's usage text for the given usage sets (all commands when empty) from its catalog.
 void printUsage(std::ostream& out, const std::vector<std::string>& sets);
+/// Prints the usage of one command, "usage: qibosl " followed by its catalog entry; the full usage
+/// when there is no such command.
+void printCommandUsage(std::ostream& out, const std::string& name);
 
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
