@@ -36,3 +36,7 @@
 #include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
+
+#include <vum-qib-osl/statistics/statistics_counter.h>
+#include <vum-qib-osl/statistics/statistics_thread.h>
+#include <vum-qib-osl/statistics/statistics_trial.h>
