@@ -31,6 +31,7 @@ constexpr Command kCommands[] = {
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"stats", "stats", qibosl::cmdStats},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
