@@ -60,3 +60,5 @@ void BM_ReportEvent_mutex(benchmark::State& state) {
 BENCHMARK(BM_ReportEvent_mutex)->Name("report_event/mutex")->Threads(1)->Threads(2)->UseRealTime();
 
 }  // namespace
+
+BENCHMARK_MAIN();
