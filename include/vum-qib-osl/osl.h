@@ -37,6 +37,14 @@
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
 
+#include <vum-qib-osl/file/find_file.h>
+#include <vum-qib-osl/file/osl_directory.h>
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/file/osl_io_status.h>
+#include <vum-qib-osl/file/unicode_signature.h>
+
 #include <vum-qib-osl/statistics/statistics_counter.h>
 #include <vum-qib-osl/statistics/statistics_thread.h>
 #include <vum-qib-osl/statistics/statistics_trial.h>
