@@ -1,8 +1,10 @@
 // statistics/src/prometheus_export.cpp
 // The counters in the Prometheus text exposition format, for the node exporter's textfile
 // collector, which wants each file replaced in one step (it may read at any moment).
+#include <vum-qib-osl/file/osl_file_system.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/log/log_msg.h>
+#include <vum-qib-osl/misc/qib_error.h>
 #include <vum-qib-osl/statistics/statistics_thread.h>
 
 #include <cstdint>
@@ -11,8 +13,6 @@
 #include <set>
 #include <string>
 
-#include "platform/log_file.h"
-#include "platform/shared_file.h"
 #include "statistics/src/statistics_state.h"
 
 namespace {
@@ -56,12 +56,12 @@ void family(std::string& out, const std::string& name, const char* type, const s
            std::to_string(value) + "\n";
 }
 
-void reportOnce(ExportState& state, const std::string& path, const std::error_code& ec, const char* what) {
+void reportOnce(ExportState& state, const QIBError& error) {
     if (state.failureReported) return;
     state.failureReported = true;
     if (!CLog::Instance()->HasSeverity(SevWarning)) return;
     CLogMsg msg("PrometheusExport", "OSL", SevWarning);
-    msg << what << " " << path << ": " << ec.message() << flush;
+    msg << error << flush;
 }
 
 }  // namespace
@@ -91,13 +91,12 @@ void osl::detail::exportMinute(const std::vector<CQibOsl_Statistics_Counter*>& c
                totals.sum);
     }
     if (state.directory.empty()) return;
-    const std::string path = state.directory + "/" + state.name + ".prom";
-    std::error_code ec = osl::platform::replaceSharedFile(path, text);
-    if (!ec) return;
-    // The plain way still gives the collector the figures, though it might read a half file.
-    reportOnce(state, path, ec, "cannot replace");
-    ec = osl::platform::writeNewFile(path, text);
-    if (ec) reportOnce(state, path, ec, "cannot write");
+    // The temporary file's name does not end in ".prom": the collector never reads it.
+    try {
+        Osl_File_System::replace(state.directory + "/" + state.name + ".prom", text);
+    } catch (const QIBError& e) {
+        reportOnce(state, e);
+    }
 }
 
 void osl::detail::resetPrometheusExport() {

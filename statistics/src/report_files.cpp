@@ -3,11 +3,14 @@
 // that reports of several processes sharing the files never interleave.
 #include <vum-qib-osl/statistics/statistics_thread.h>
 
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
+#include <vum-qib-osl/misc/qib_error.h>
+
 #include <atomic>
+#include <cerrno>
 #include <string>
 
-#include "platform/log_file.h"
-#include "platform/shared_file.h"
 #include "statistics/src/statistics_state.h"
 
 namespace {
@@ -27,14 +30,29 @@ std::string quoted(const std::string& name, const char* suffix) {
     return out + suffix + "\"";
 }
 
-bool fileExists(const std::string& path) {
-    osl::platform::FileInfo info;
-    return !osl::platform::statFile(path, info) && info.exists;
+// Appends with one write. A missing file is created exclusively, never through a planted
+// symlink; when another process creates it first, the report goes into that file.
+void append(const std::string& path, const std::string& text) {
+    Osl_File file;
+    for (int attempt = 0; !file.is_open(); ++attempt) {
+        try {
+            file.open(path, Osl_File::mode_write | Osl_File::mode_append);
+        } catch (const QIBError& e) {
+            if (e.Code() != ENOENT || attempt == 2) throw;
+            try {
+                file.open(path, Osl_File::mode_write | Osl_File::mode_append | Osl_File::mode_create |
+                                    Osl_File::mode_exclusive, 0666);
+            } catch (const QIBError& created) {
+                if (created.Code() != EEXIST) throw;
+            }
+        }
+    }
+    file.write(text);
 }
 
 void writeReport(Kind kind, const std::string& path, const CQibOsl_Statistics_RingList& rings, long year,
                  long month, long day, long hour) {
-    bool header = !fileExists(path);
+    bool header = !Osl_File_System::exists(path);
     std::atomic<std::size_t>& largest = largestHeader(kind);
     std::size_t seen = largest.load();
     while (rings.size() > seen) {
@@ -68,8 +86,11 @@ void writeReport(Kind kind, const std::string& path, const CQibOsl_Statistics_Ri
         }
         text += '\n';
     }
-    // A file that cannot be opened or written skips the report, as the thread has nobody to tell.
-    (void)osl::platform::appendToSharedFile(path, text);
+    try {
+        append(path, text);
+    } catch (const QIBError&) {
+        // A file that cannot be opened or written skips the report.
+    }
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ public:
 
 /// Writes the counters in the Prometheus text format to DIR/NAME.prom at every minute boundary,
 /// for the node exporter's textfile collector. Off until enabled. The file is replaced in one
-/// step (written beside it as .NAME.prom.PID.tmp, then renamed). Event counters give
+/// step (written beside it as NAME.prom.tmpN, then renamed). Event counters give
 /// qib_<counter>_events_total and qib_<counter>_sum_total (since the process started), up/down
 /// counters the gauge qib_<counter>; characters outside [A-Za-z0-9_] become "_".
 class OSL_API CQibOsl_Statistics_PrometheusExport {
