@@ -66,15 +66,12 @@ void reportOnce(ExportState& state, const QIBError& error) {
 
 }  // namespace
 
-void osl::detail::exportMinute(const std::vector<CQibOsl_Statistics_Counter*>& counters, long minute) {
+void osl::detail::exportMinute(const std::vector<ClosedMinute>& closedMinutes) {
     ExportState& state = exportState();
     std::lock_guard<std::mutex> lock(state.lock);
     std::string text;
     std::set<std::string> taken;
-    for (const CQibOsl_Statistics_Counter* counter : counters) {
-        CQibOsl_Statistics_RingList ring;
-        counter->ReportMinutes(ring);
-        const CQibOsl_Statistics_Sample& closed = ring.front().second[minute];
+    for (const auto& [counter, closed] : closedMinutes) {
         // Two counters whose names differ only in characters that become "_" get _2, _3 ...
         std::string name = metricName(counter->Name());
         for (int n = 2; !taken.insert(name).second; ++n) name = metricName(counter->Name()) + "_" + std::to_string(n);

@@ -39,9 +39,13 @@ void resetStatistics();
 /// Forgets the largest header of each report kind (report_files.cpp).
 void resetReportHeaders();
 
-/// The Prometheus export at a minute boundary (prometheus_export.cpp): adds the closed minute of
-/// every counter to its totals and, when enabled, writes the file.
-void exportMinute(const std::vector<CQibOsl_Statistics_Counter*>& counters, long minute);
+struct ClosedMinute {
+    const CQibOsl_Statistics_Counter* counter;
+    CQibOsl_Statistics_Sample sample;
+};
+/// The Prometheus export at a minute boundary (prometheus_export.cpp): adds the minute that closed
+/// on every counter to its totals and, when enabled, writes the file.
+void exportMinute(const std::vector<ClosedMinute>& closed);
 void resetPrometheusExport();
 
 }  // namespace osl::detail

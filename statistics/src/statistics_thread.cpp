@@ -95,8 +95,14 @@ void closePeriods(StatisticsState& state, const Period& last, const Period& now)
         counters = state.registry;
     }
     CQibOsl_Statistics_RingList hours, days, months;
+    std::vector<osl::detail::ClosedMinute> closed;
     for (CQibOsl_Statistics_Counter* counter : counters) {
-        if (minute) counter->SampleMinute(last.minute);
+        if (minute) {
+            counter->SampleMinute(last.minute);
+            CQibOsl_Statistics_RingList ring;  // taken before the hour empties the minutes
+            counter->ReportMinutes(ring);
+            closed.push_back({counter, ring.front().second[last.minute]});
+        }
         if (hour) {
             counter->ReportMinutes(hours);
             counter->SampleHour(last.hour);
@@ -111,7 +117,7 @@ void closePeriods(StatisticsState& state, const Period& last, const Period& now)
         }
     }
     try {
-        if (minute) osl::detail::exportMinute(counters, last.minute);
+        if (minute) osl::detail::exportMinute(closed);
         CQibOsl_Statistics_OutputReport* reporter = state.reporter.load(std::memory_order_relaxed);
         if (reporter == nullptr) return;
         const long y = last.year, m = last.monthIndex + 1, d = last.dayIndex + 1, h = last.hour;

@@ -9,9 +9,8 @@
 TEST(StatisticsApiTest, ExportedFromTheSharedLibrary) {
     osl::test::TempDir dir;
     CQibOsl_Statistics_OutputReportToFiles files(dir.file("h.csv"), dir.file("d.csv"), dir.file("m.csv"));
-    CQibOsl_Statistics_Thread thread(&files);
+    CQibOsl_Statistics_Thread(&files).Start();
     CQibOsl_Statistics_Thread::EnableStatistics();
-    thread.Start();
     static auto* counter = new CQibOsl_Statistics_EventPerMinuteCounter("jobs");
     {
         CQibOsl_Statistics_AutoEventDuration duration(*counter);

@@ -50,7 +50,9 @@ CQibOsl_Statistics_EventPerMinuteCounter& demoCounter() {
 }  // namespace
 
 int cmdStats(const Args& args) {
-    if (!args.operands({"-counters", "-events", "-dir"}).empty()) throw UsageError("stats takes options only");
+    if (!args.operands({"-counters", "-events", "-dir", "-prometheus"}).empty()) {
+        throw UsageError("stats takes options only");
+    }
     const QIBCommandLine options = args.options();
     const std::string list = options.HasOption("-counters") ? options.GetOptionValue("-counters") : "requests";
     const std::vector<std::string> names = split(list);
@@ -65,6 +67,10 @@ int cmdStats(const Args& args) {
     std::filesystem::path dir = options.GetOptionValue("-dir");
     if (dir.empty()) dir = std::filesystem::temp_directory_path() / ("qibosl-stats-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);
+    const std::string prometheus = options.GetOptionValue("-prometheus");
+    if (!prometheus.empty() && !CQibOsl_Statistics_PrometheusExport::Enable(prometheus, "qibosl")) {
+        throw UsageError("-prometheus takes a directory");
+    }
 
     // From 23:58 on the last day of this month: the run closes an hour, a day and a month.
     const auto today = std::chrono::year_month_day(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()));
@@ -90,6 +96,7 @@ int cmdStats(const Args& args) {
     // Counters live as long as the process: the thread keeps them.
     std::vector<CQibOsl_Statistics_EventPerMinuteCounter*> counters;
     for (const std::string& name : names) counters.push_back(new CQibOsl_Statistics_EventPerMinuteCounter(name));
+    if (!prometheus.empty()) (new CQibOsl_Statistics_UpDownCounter("stats_runs"))->Inc();  // a level: this run
     // Half the events in minute 58, half in minute 59, round-robin over the counters.
     for (long i = 0; i < events; ++i) {
         if (i == events / 2) sleepSimulated(65);
@@ -107,6 +114,7 @@ int cmdStats(const Args& args) {
               << " 23:58 to the next month (the clock ran " << kSpeed << " times as fast)\n"
               << "hour report:  " << hour.string() << "\nday report:   " << dayFile.string()
               << "\nmonth report: " << monthFile.string() << "\n";
+    if (!prometheus.empty()) std::cout << "Prometheus:   " << prometheus << "/qibosl.prom\n";
     return 0;
 }
 
