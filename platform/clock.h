@@ -2,7 +2,10 @@
 // Wall-clock time for the library, behind a seam so that tests can fix the time.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 
 namespace osl::platform {
 
@@ -21,11 +24,23 @@ struct LocalTime {
     int micros = 0;
 };
 
+/// What a library thread sleeps on, so that it can be stopped at once.
+struct Wakeup {
+    std::mutex mutex;
+    std::condition_variable changed;  // notified when stopped is set or a test clock moves
+    bool stopped = false;             // guarded by mutex
+};
+
 class Clock {
 public:
     virtual ~Clock() = default;
     virtual WallTime now() const = 0;
+    /// Sleeps for micros of this clock's time. Returns false as soon as wakeup.stopped is set.
+    virtual bool sleepFor(std::int64_t micros, Wakeup& wakeup) const;
 };
+
+/// A clock that runs from start at factor times the speed of the system clock.
+std::unique_ptr<Clock> makeScaledClock(WallTime start, double factor);
 
 /// The clock in use: the system's, unless a test installed another one.
 const Clock& clock();

@@ -90,16 +90,25 @@ private:
 /// mode 0600, close-on-exec.
 std::error_code makeTemporaryFile(std::string& pathTemplate, int& fd);
 
+enum class ReplaceStep { none, create, write, commit };
+
+struct ReplaceReport {
+    bool inPlace = false;       // the file was rewritten where it is (not crash-safe)
+    std::string temporary;      // the temporary file's name
+    ReplaceStep failed = ReplaceStep::none;
+};
+
 /// Replaces the content of target in one step: the new content goes into a temporary file beside
 /// the file that target finally names (symlinks are followed, so a link keeps pointing at the
 /// updated file), created O_CREAT|O_EXCL|O_NOFOLLOW as "<file>.tmpN" with the old file's mode,
 /// owner and group (as far as the process may give them; a new file gets newPermissions less the
-/// umask), written by writer, synced, renamed over
-/// the file, and the directory synced. Readers see the old or the new file, never a mix. Any
-/// failure removes the temporary file and leaves the old one. The writer returns its own error.
-/// inPlace reports that the directory did not take a temporary file and the file was rewritten
-/// where it is instead (not crash-safe), so that the caller can say so.
+/// umask), written by writer, synced, renamed over the file, and the directory synced. Readers
+/// see the old or the new file, never a mix. Any failure removes the temporary file and leaves the
+/// old one. N comes from nextNumber (1, 2, 3 ... when empty) and advances while the name exists.
+/// When the directory takes no new file (EACCES, EPERM) but the file exists, or the file is not a
+/// regular file (a device, a FIFO), it is written in place and report.inPlace says so.
 std::error_code replaceFile(const std::string& target, unsigned newPermissions,
-                            const std::function<std::error_code(int fd)>& writer, bool& inPlace);
+                            const std::function<unsigned()>& nextNumber,
+                            const std::function<std::error_code(int fd)>& writer, ReplaceReport& report);
 
 }  // namespace osl::platform

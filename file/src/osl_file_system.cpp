@@ -51,29 +51,43 @@ void sayInPlaceOnce(const std::string& path) {
                  path.c_str());
 }
 
-void replaceContent(const std::string& path, const std::function<void(Osl_File&)>& writer, unsigned newPermissions) {
-    const std::string native = nativeNameOrThrow("Osl_File_System::replace", path, kWhere, __LINE__);
-    std::exception_ptr thrown;
-    bool inPlace = false;
-    const std::error_code ec = osl::platform::replaceFile(
-        native, newPermissions,
-        [&](int fd) -> std::error_code {
-            Osl_File file = Osl_File::adopt(fd, path);
-            try {
-                writer(file);
-            } catch (...) {
-                thrown = std::current_exception();
-            }
-            file.release();
-            return thrown ? errorOf(std::errc::operation_canceled) : std::error_code{};
-        },
-        inPlace);
-    if (thrown) std::rethrow_exception(thrown);
+void replaceOrThrow(const std::string& path, const std::function<void(Osl_File&)>& writer, unsigned newPermissions) {
+    std::error_code ec;
+    osl::detail::replaceContent(path, writer, newPermissions, {}, ec);
     if (ec) throwFileError("Osl_File_System::replace", path, ec, kWhere, __LINE__);
-    if (inPlace) sayInPlaceOnce(path);
 }
 
 }  // namespace
+
+namespace osl::detail {
+
+osl::platform::ReplaceReport replaceContent(const std::string& path, const std::function<void(Osl_File&)>& writer,
+                                            unsigned newPermissions, const std::function<unsigned()>& nextNumber,
+                                            std::error_code& error) {
+    osl::platform::ReplaceReport report;
+    std::string native;
+    if (!Osl_FileSystemName(path, native)) {
+        report.failed = osl::platform::ReplaceStep::create;
+        error = {errno, std::generic_category()};
+        return report;
+    }
+    std::exception_ptr thrown;
+    error = osl::platform::replaceFile(native, newPermissions, nextNumber, [&](int fd) -> std::error_code {
+        Osl_File file = Osl_File::adopt(fd, path);
+        try {
+            writer(file);
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        file.release();
+        return thrown ? errorOf(std::errc::operation_canceled) : std::error_code{};
+    }, report);
+    if (thrown) std::rethrow_exception(thrown);
+    if (report.inPlace && !error) sayInPlaceOnce(path);
+    return report;
+}
+
+}  // namespace osl::detail
 
 // --- Osl_Directory ---------------------------------------------------------------------------
 
@@ -164,7 +178,7 @@ void Osl_File_System::rename(const std::string& from, const std::string& to) {
 
 void Osl_File_System::copy(const std::string& from, const std::string& to) {
     Osl_File source(from, Osl_File::mode_read);
-    replaceContent(to, [&](Osl_File& target) {
+    replaceOrThrow(to, [&](Osl_File& target) {
         char chunk[65536];
         while (const std::size_t got = source.read(chunk, sizeof chunk)) target.write(chunk, got);
     }, statusOrThrow("Osl_File_System::copy", from).permissions & 0777);
@@ -183,7 +197,7 @@ void Osl_File_System::replace(const std::string& path, const std::string& conten
 }
 
 void Osl_File_System::replace(const std::string& path, const std::function<void(Osl_File&)>& writer) {
-    replaceContent(path, writer, 0666);
+    replaceOrThrow(path, writer, 0666);
 }
 
 // --- Osl_IO_Status ---------------------------------------------------------------------------

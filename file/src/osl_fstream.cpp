@@ -3,12 +3,18 @@
 // share modes, so opening without a lock already denies nothing to other openers.
 #include <vum-qib-osl/file/osl_fstream.h>
 
+#include <vum-qib-osl/file/osl_file.h>
 #include <vum-qib-osl/file/unicode_signature.h>
-#include <vum-qib-osl/strings/utf8_string.h>
 
 namespace {
 
-std::string fileSystemName(const char* path) { return Osl_UTF8String(path).ToCurrentFSEncoding(); }
+// A null path or a name that does not convert leaves the stream failed and opens nothing.
+template <typename Stream>
+bool fileSystemName(Stream& stream, const char* path, std::string& native) {
+    if (path != nullptr && Osl_FileSystemName(path, native)) return true;
+    stream.setstate(std::ios_base::failbit);
+    return false;
+}
 
 std::ios_base::openmode openMode(int mode) { return static_cast<std::ios_base::openmode>(mode); }
 
@@ -20,11 +26,8 @@ Osl_Fstream::Osl_Fstream(const std::string& path, int mode) { open(path, mode); 
 Osl_Fstream::~Osl_Fstream() = default;
 
 void Osl_Fstream::open(const char* path, int mode) {
-    if (path == nullptr) {
-        setstate(std::ios_base::failbit);
-        return;
-    }
-    std::fstream::open(fileSystemName(path), openMode(mode));
+    std::string native;
+    if (fileSystemName(*this, path, native)) std::fstream::open(native, openMode(mode));
 }
 void Osl_Fstream::open(const std::string& path, int mode) { open(path.c_str(), mode); }
 void Osl_Fstream::open(const std::filesystem::path& path, int mode) { open(path.c_str(), mode); }
@@ -37,11 +40,8 @@ Osl_Ifstream::Osl_Ifstream(const std::string& path, int mode) { open(path, mode)
 Osl_Ifstream::~Osl_Ifstream() = default;
 
 void Osl_Ifstream::open(const char* path, int mode) {
-    if (path == nullptr) {
-        setstate(std::ios_base::failbit);
-        return;
-    }
-    std::ifstream::open(fileSystemName(path), openMode(mode) | std::ios_base::in);
+    std::string native;
+    if (fileSystemName(*this, path, native)) std::ifstream::open(native, openMode(mode) | std::ios_base::in);
 }
 void Osl_Ifstream::open(const std::string& path, int mode) { open(path.c_str(), mode); }
 void Osl_Ifstream::open(const std::filesystem::path& path, int mode) { open(path.c_str(), mode); }
@@ -57,11 +57,8 @@ Osl_Ofstream::~Osl_Ofstream() {
 }
 
 void Osl_Ofstream::open(const char* path, int mode) {
-    if (path == nullptr) {
-        setstate(std::ios_base::failbit);
-        return;
-    }
-    std::ofstream::open(fileSystemName(path), openMode(mode) | std::ios_base::out);
+    std::string native;
+    if (fileSystemName(*this, path, native)) std::ofstream::open(native, openMode(mode) | std::ios_base::out);
 }
 void Osl_Ofstream::open(const std::string& path, int mode) { open(path.c_str(), mode); }
 void Osl_Ofstream::open(const std::filesystem::path& path, int mode) { open(path.c_str(), mode); }

@@ -2,8 +2,7 @@
 // Signature detection on C files and input streams, and Osl_Fopen.
 #include <vum-qib-osl/file/unicode_signature.h>
 
-#include <vum-qib-osl/strings/unicode_configuration.h>
-#include <vum-qib-osl/strings/utf8_string.h>
+#include <vum-qib-osl/file/osl_file.h>
 
 #include <cerrno>
 #include <cstring>
@@ -30,11 +29,9 @@ FILE* Osl_Fopen(const char* path, const char* mode) {
     }
     // File names are bytes here: in Unicode mode the UTF-8 name is converted to the file-system
     // encoding, which is UTF-8 itself on most installations. The mode is ASCII in both modes.
-    if (Osl_UnicodeConfiguration::IsUnicodeMode()) {
-        const std::string name = Osl_UTF8String(path).ToCurrentFSEncoding();
-        return std::fopen(name.c_str(), mode);
-    }
-    return std::fopen(path, mode);
+    std::string name;
+    if (!Osl_FileSystemName(path, name)) return nullptr;  // errno EILSEQ
+    return std::fopen(name.c_str(), mode);
 }
 
 int Osl_FILE_SkipSignature(FILE* file) {

@@ -46,3 +46,7 @@
 #include <vum-qib-osl/file/osl_fstream.h>
 #include <vum-qib-osl/file/osl_io_status.h>
 #include <vum-qib-osl/file/unicode_signature.h>
+
+#include <vum-qib-osl/statistics/statistics_counter.h>
+#include <vum-qib-osl/statistics/statistics_thread.h>
+#include <vum-qib-osl/statistics/statistics_trial.h>

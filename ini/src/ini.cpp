@@ -3,9 +3,11 @@
 // The reader is in ini_parser.cpp.
 #include <vum-qib-osl/ini/ini.h>
 
+#include <vum-qib-osl/file/osl_file.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include "file/src/file_errors.h"
 #include "ini/src/ini_internal.h"
 
 #include <array>
@@ -14,6 +16,7 @@
 #include <memory>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <vector>
 
 namespace {
@@ -303,10 +306,16 @@ void Ini::FlushIniDataToFile(const std::string& fileName) {
         target = fileName;
         OSL_LOG(SevInfo, "ini", "Ini::FlushIniDataToFile") << "Write to file " << target << " (parameter) ";
     }
-    osl::detail::IniStream out(target, std::ios::out | std::ios::trunc);
-    if (!out.is_open()) osl::detail::logAndThrowIniError("Ini::FlushIniDataToFile", 3, __LINE__);
-    WriteGroups(out);
-    out.close();
-    // A write that fails (full disk) must not pass for a flush: files are replaced with its result.
-    if (out.fail()) osl::detail::logAndThrowIniError("Ini::FlushIniDataToFile", 3, __LINE__);
+    std::ostringstream text;
+    WriteGroups(text);
+    const std::string bytes = text.str();
+    // Through a temporary file and a rename: a crash never leaves a half-written file for the
+    // next start-up to read.
+    std::error_code ec;
+    try {
+        osl::detail::replaceContent(target, [&bytes](Osl_File& file) { file.write(bytes); }, 0666, {}, ec);
+    } catch (const QIBError&) {
+        ec = std::make_error_code(std::errc::io_error);  // the write failed (a full disk)
+    }
+    if (ec) osl::detail::logAndThrowIniError("Ini::FlushIniDataToFile", 3, __LINE__);
 }

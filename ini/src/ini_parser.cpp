@@ -2,6 +2,7 @@
 // The INI reader: line splitting, group headers, keys and values, and loading a file.
 #include <vum-qib-osl/ini/ini.h>
 
+#include <vum-qib-osl/file/osl_directory.h>
 #include <vum-qib-osl/file/unicode_signature.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
@@ -184,6 +185,7 @@ void Ini::LoadAdd(const std::string& fileName, bool readOnly) {
     const std::unique_ptr<char[]> buffer(new char[kFileBuffer]);
     osl::detail::IniStream in;
     in.rdbuf()->pubsetbuf(buffer.get(), static_cast<std::streamsize>(kFileBuffer));
-    in.open(fileName, std::ios::in | std::ios::binary);
+    // A directory opens as a stream that reads nothing, which would pass for an empty file.
+    if (!Osl_Directory::exists(fileName)) in.open(fileName, std::ios::in | std::ios::binary);
     ReadDataFromIniFile(in);
 }

@@ -1,24 +1,23 @@
 // ini/src/qib_backup_ini.cpp
-// Flushing through a temporary file and an atomic rename.
+// Flushing through a numbered temporary file and an atomic rename.
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 
+#include <vum-qib-osl/file/osl_file.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
-#include "platform/file_replace.h"
+#include "file/src/file_errors.h"
+#include "ini/src/ini_internal.h"
 
 #include <atomic>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <sstream>
 
 namespace {
 
 constexpr char kWhere[] = "ini/src/qib_backup_ini";
 
-// Numbers the temporary files of every BackupIni in the process.
-std::atomic<int> flushCounter{0};
-
-[[noreturn]] void throwFlushError(const std::string& text, long line) { throw QIBError(text, 12, 12, kWhere, line); }
+// Numbers the temporary files of every BackupIni in the process; other writers are kept apart
+// by the exclusive creation of each name.
+std::atomic<unsigned> flushCounter{0};
 
 }  // namespace
 
@@ -27,39 +26,22 @@ BackupIni::BackupIni(const std::string& fileName) : Ini(fileName, false) {}
 BackupIni::~BackupIni() = default;
 
 void BackupIni::FlushIniDataToFile(const std::string& /*fileName*/) {
-    const std::string target = GetFileName();
-    char number[16];
-    std::snprintf(number, sizeof number, "%i", ++flushCounter);
-    const std::string temporary = target + ".tmp" + number;
-    namespace fs = std::filesystem;
+    if (IsReadOnly()) osl::detail::logAndThrowIniError("Ini::FlushIniDataToFile", 2, __LINE__);
+    const std::string& target = GetFileName();
+    std::ostringstream text;
+    WriteGroups(text);
+    const std::string bytes = text.str();
+    std::error_code ec;
+    osl::platform::ReplaceReport report;
     try {
-        SetFileName(temporary);
-        std::error_code ec;
-        const fs::file_status old = fs::status(target, ec);
-        if (!ec && fs::exists(old)) {
-            // The temporary file gets F's mode before it holds anything, so that a file readable
-            // by its owner only is never readable by others, not even half-written.
-            { std::ofstream create(temporary, std::ios::binary | std::ios::trunc); }
-            fs::permissions(temporary, old.permissions(), ec);
-        }
-        try {
-            Ini::FlushIniDataToFile("");
-        } catch (...) {
-            std::error_code ignored;
-            fs::remove(temporary, ignored);
-            throw;
-        }
-        if (osl::platform::syncFile(temporary) || osl::platform::replaceFile(temporary, target)) {
-            fs::remove(temporary, ec);
-            throwFlushError("Cannot copy file: " + temporary + " to: " + target, __LINE__);
-        }
-        // The rename took the temporary name away, unless both names were links to one file.
-        if (fs::exists(fs::symlink_status(temporary, ec)) && !fs::remove(temporary, ec)) {
-            throwFlushError("Cannot delete file: " + temporary + " ", __LINE__);
-        }
-        SetFileName(target);
-    } catch (...) {
-        SetFileName(target);
-        throw;
+        report = osl::detail::replaceContent(target, [&bytes](Osl_File& file) { file.write(bytes); }, 0666,
+                                             [] { return ++flushCounter; }, ec);
+    } catch (const QIBError&) {
+        ec = std::make_error_code(std::errc::io_error);  // the write failed (a full disk)
     }
+    if (!ec) return;
+    if (report.failed == osl::platform::ReplaceStep::commit) {
+        throw QIBError("Cannot copy file: " + report.temporary + " to: " + target, 12, 12, kWhere, __LINE__);
+    }
+    osl::detail::logAndThrowIniError("Ini::FlushIniDataToFile", 3, __LINE__);
 }

@@ -2,12 +2,12 @@
 // The installation settings file: where it is, its "default" group, and its errors.
 #include <vum-qib-osl/ini/qib_fds_ini.h>
 
+#include <vum-qib-osl/file/osl_file_system.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include "misc/src/install_root.h"
 
 #include <cstdio>
-#include <filesystem>
 
 namespace {
 
@@ -38,8 +38,7 @@ QibFDSIni::QibFDSIni(const std::string& installDir, bool readOnly) : Ini("", rea
 QibFDSIni::~QibFDSIni() = default;
 
 void QibFDSIni::LoadFrom(const std::string& path, bool readOnly) {
-    std::error_code ec;
-    if (!std::filesystem::exists(path, ec)) {
+    if (!Osl_File_System::exists(path)) {
         char text[2048];
         std::snprintf(text, sizeof text, "QibFDSIni::QibFDSIni file %s does not exist.", path.c_str());
         throw QIBError(text, 12, 99, kWhere, __LINE__);

@@ -8,6 +8,7 @@
 #include <list>
 #include <string>
 
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -160,14 +161,19 @@ TEST_F(IniParseTest, ParseErrorKeepsEarlierGroups) {
     EXPECT_EQ(ini.GetErrorLine(), 0);
 }
 
-TEST_F(IniParseTest, MissingFileAndEmptyName) {
-    Ini ini;
-    try {
-        ini.Load(dir_.file("absent.ini"), true);
-        FAIL() << "no error";
-    } catch (const QIBError& e) {
-        EXPECT_EQ(e.Code(), 1);
-        EXPECT_EQ(e.What(), "Error opening file");
+TEST_F(IniParseTest, UnopenableFilesGiveError1AndEmptyNameNothing) {
+    osl::test::ScopedUnicodeMode latin1(true, "MS1252", "ISO-8859-1");
+    osl::test::writeFile(dir_.file("report_"), "[g]\nk=v\n");  // what a shortened name would open
+    for (const std::string& name : {dir_.file("absent.ini"), dir_.path().string(), dir_.file("report_\xE2\x82\xAC")}) {
+        SCOPED_TRACE(name);
+        Ini ini;
+        try {
+            ini.Load(name, true);
+            FAIL() << "no error";
+        } catch (const QIBError& e) {
+            EXPECT_EQ(e.Code(), 1);
+            EXPECT_EQ(e.What(), "Error opening file");
+        }
     }
     Ini empty("", false);
     EXPECT_EQ(empty.begin(), empty.end());

@@ -3,11 +3,12 @@
 // against the bytes that remain before anything is allocated for it.
 #include "message/src/catalog_format.h"
 
-#include <vum-qib-osl/file/osl_fstream.h>
-#include <vum-qib-osl/strings/utf8_string.h>
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
+#include <vum-qib-osl/file/osl_io_status.h>
+#include <vum-qib-osl/misc/qib_error.h>
 
-#include <filesystem>
-#include <system_error>
+#include <new>
 
 namespace osl::detail {
 namespace {
@@ -82,33 +83,38 @@ std::string serializeCatalog(const std::map<std::string, std::string>& entries) 
 }
 
 bool readCatalogFile(const std::string& fileName, std::map<std::string, std::string>& entries) {
-    // The streams convert the name themselves; the size check needs the name on the file system.
-    const std::string nativeName = Osl_UTF8String(fileName).ToCurrentFSEncoding();
-    std::error_code ec;
-    // Only regular files: a device or a pipe could feed us without end.
-    if (!std::filesystem::is_regular_file(nativeName, ec)) return false;
-    const std::uintmax_t size = std::filesystem::file_size(nativeName, ec);
-    if (ec) return false;
-    Osl_Ifstream in(fileName, std::ios::binary);
-    if (!in) return false;
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (static_cast<std::uintmax_t>(in.gcount()) != size || in.peek() != std::ifstream::traits_type::eof()) {
-        return false;  // the file changed size under us
+    try {
+        // Only regular files of a sane size: a device or a pipe could feed us without end, and a
+        // sparse file of a terabyte would be a request for that much memory.
+        const Osl_IO_Status status(fileName);
+        if (!status.is_regular() || status.size() > kLargestCatalog) return false;
+        Osl_File in(fileName, Osl_File::mode_read);
+        std::string bytes(static_cast<std::size_t>(status.size()), '\0');
+        char more = 0;
+        if (in.read(bytes.data(), bytes.size()) != bytes.size() || in.read(&more, 1) != 0) {
+            return false;  // the file changed size under us
+        }
+        std::map<std::string, std::string> read;
+        if (!parseCatalog(bytes, read)) return false;
+        entries.merge(read);
+        return true;
+    } catch (const QIBError&) {
+        return false;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
-    std::map<std::string, std::string> read;
-    if (!parseCatalog(bytes, read)) return false;
-    entries.merge(read);
-    return true;
 }
 
 bool writeCatalogFile(const std::string& fileName, const std::map<std::string, std::string>& entries) {
-    Osl_Ofstream out(fileName, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    const std::string bytes = serializeCatalog(entries);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    return !out.fail();
+    try {
+        // Programs read catalogs at start-up: a crash while writing must leave the old one whole.
+        Osl_File_System::replace(fileName, serializeCatalog(entries));
+        return true;
+    } catch (const QIBError&) {
+        return false;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 }  // namespace osl::detail

@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 
 #include <atomic>
+#include <chrono>
 #include <ctime>
 
 namespace osl::platform {
@@ -17,9 +18,39 @@ public:
     }
 };
 
+// Real time runs `factor` times as fast as the system clock, from `start`.
+class ScaledClock final : public Clock {
+public:
+    ScaledClock(WallTime start, double factor)
+        : start_(start.seconds * 1000000 + start.micros), origin_(std::chrono::steady_clock::now()),
+          factor_(factor) {}
+    WallTime now() const override {
+        const auto elapsed = std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - origin_);
+        const std::int64_t us = start_ + static_cast<std::int64_t>(elapsed.count() * factor_);
+        return {us / 1000000, static_cast<std::int32_t>(us % 1000000)};
+    }
+    bool sleepFor(std::int64_t micros, Wakeup& wakeup) const override {
+        return Clock::sleepFor(static_cast<std::int64_t>(static_cast<double>(micros) / factor_), wakeup);
+    }
+
+private:
+    std::int64_t start_;
+    std::chrono::steady_clock::time_point origin_;
+    double factor_;
+};
+
 std::atomic<const Clock*> installed{nullptr};
 
 }  // namespace
+
+bool Clock::sleepFor(std::int64_t micros, Wakeup& wakeup) const {
+    std::unique_lock<std::mutex> lock(wakeup.mutex);
+    return !wakeup.changed.wait_for(lock, std::chrono::microseconds(micros), [&] { return wakeup.stopped; });
+}
+
+std::unique_ptr<Clock> makeScaledClock(WallTime start, double factor) {
+    return std::make_unique<ScaledClock>(start, factor);
+}
 
 const Clock& clock() {
     static const SystemClock* system = new SystemClock;

@@ -241,60 +241,65 @@ std::error_code makeTemporaryFile(std::string& pathTemplate, int& fd) {
 }
 
 std::error_code replaceFile(const std::string& target, unsigned newPermissions,
-                            const std::function<std::error_code(int fd)>& writer, bool& inPlace) {
-    inPlace = false;
+                            const std::function<unsigned()>& nextNumber,
+                            const std::function<std::error_code(int fd)>& writer, ReplaceReport& report) {
+    report = ReplaceReport{};
+    report.failed = ReplaceStep::create;
     std::string file;
     if (auto ec = resolveLinks(target, file)) return ec;
     struct stat old {};
     const bool existed = ::stat(file.c_str(), &old) == 0;
-    if (existed && S_ISDIR(old.st_mode)) return std::make_error_code(std::errc::is_a_directory);
-    const mode_t mode = existed ? (old.st_mode & 07777) : static_cast<mode_t>(newPermissions & 0777);
+    auto inPlace = [&] {
+        report.inPlace = true;
+        report.failed = ReplaceStep::write;
+        if (auto ec = writeInPlace(file, writer)) return ec;
+        report.failed = ReplaceStep::none;
+        return std::error_code{};
+    };
+    // Renaming a regular file over a device or a FIFO would replace the node itself. A directory
+    // takes the ordinary path and fails at the rename.
+    if (existed && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) return inPlace();
+    const bool keep = existed && S_ISREG(old.st_mode);
+    const mode_t mode = keep ? (old.st_mode & 07777) : static_cast<mode_t>(newPermissions & 0777);
 
-    std::string temporary;
     int fd = -1;
-    // Every writer counts from 1; O_EXCL moves a writer past the names that others (or a crashed
-    // writer, or someone planting a link) hold.
-    for (unsigned attempt = 1; fd < 0; ++attempt) {
-        char number[16];
-        std::snprintf(number, sizeof number, "%u", attempt);
-        temporary = file + ".tmp" + number;
+    unsigned number = 0;
+    for (int attempt = 0; fd < 0; ++attempt) {
+        number = nextNumber ? nextNumber() : number + 1;
+        char suffix[24];
+        std::snprintf(suffix, sizeof suffix, ".tmp%u", number);
+        report.temporary = file + suffix;
         // Never more open than the final mode, even for the moment before fchmod.
-        fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode & 0777);
+        fd = ::open(report.temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode & 0777);
         if (fd >= 0) break;
+        // O_EXCL moves a writer past the names that other writers, a crashed one or a planted
+        // link hold.
         if (errno == EINTR || (errno == EEXIST && attempt < 10000)) continue;
-        if ((errno == EACCES || errno == EPERM) && existed) {
-            // The directory takes no new file but the file itself may be writable.
-            if (auto ec = writeInPlace(file, writer)) return ec;
-            inPlace = true;
-            return {};
-        }
+        if ((errno == EACCES || errno == EPERM) && keep) return inPlace();
         return lastError();
     }
     auto fail = [&](std::error_code ec) {
-        ::close(fd);
-        ::unlink(temporary.c_str());
+        if (fd >= 0) ::close(fd);
+        ::unlink(report.temporary.c_str());
         return ec;
     };
-    if (existed) {
+    if (keep) {
         // Another owner can be given by root only; a group by its members. What cannot be given
         // stays the writer's, which is what a plain rewrite by this user would leave too.
         if (::fchown(fd, old.st_uid, old.st_gid) != 0) (void)::fchown(fd, static_cast<uid_t>(-1), old.st_gid);
+        // After fchown, which clears set-user-id bits, and past the umask.
+        if (::fchmod(fd, mode) != 0) return fail(lastError());
     }
-    // After fchown, which clears set-user-id bits, and past the umask.
-    if (existed && ::fchmod(fd, mode) != 0) return fail(lastError());
+    report.failed = ReplaceStep::write;
     if (auto ec = writer(fd)) return fail(ec);
+    report.failed = ReplaceStep::commit;
     if (::fsync(fd) != 0) return fail(lastError());
-    if (::close(fd) != 0) {
-        const std::error_code ec = lastError();
-        ::unlink(temporary.c_str());
-        return ec;
-    }
-    if (::rename(temporary.c_str(), file.c_str()) != 0) {
-        const std::error_code ec = lastError();
-        ::unlink(temporary.c_str());
-        return ec;
-    }
+    const int closed = ::close(fd);
+    fd = -1;
+    if (closed != 0) return fail(lastError());
+    if (::rename(report.temporary.c_str(), file.c_str()) != 0) return fail(lastError());
     syncDirectoryOf(file);
+    report.failed = ReplaceStep::none;
     return {};
 }
 

@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <time.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 
 namespace osl::test {
@@ -22,6 +24,52 @@ osl::platform::WallTime FakeClock::now() const {
 
 void FakeClock::advance(std::int64_t seconds, std::int32_t micros) {
     micros_ += seconds * 1000000 + micros;
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (osl::platform::Wakeup* sleeper : sleepers_) {
+        std::lock_guard<std::mutex> sleeping(sleeper->mutex);
+        sleeper->changed.notify_all();
+    }
+}
+
+bool FakeClock::sleepFor(std::int64_t micros, osl::platform::Wakeup& wakeup) const {
+    const std::int64_t end = micros_.load() + micros;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        sleepers_.push_back(&wakeup);
+        ++sleeps_;
+        lastSleep_ = micros / 1000000;
+    }
+    slept_.notify_all();
+    bool stopped = false;
+    {
+        std::unique_lock<std::mutex> lock(wakeup.mutex);
+        wakeup.changed.wait(lock, [&] { return wakeup.stopped || micros_.load() >= end; });
+        stopped = wakeup.stopped;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    sleepers_.erase(std::find(sleepers_.begin(), sleepers_.end(), &wakeup));
+    return !stopped;
+}
+
+unsigned FakeClock::sleeps() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return sleeps_;
+}
+
+std::int64_t FakeClock::lastSleepSeconds() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return lastSleep_;
+}
+
+bool FakeClock::waitForSleeps(unsigned n) const {
+    std::unique_lock<std::mutex> lock(mutex_);
+    return slept_.wait_for(lock, std::chrono::seconds(10), [&] { return sleeps_ >= n; });
+}
+
+bool FakeClock::step(std::int64_t seconds) {
+    const unsigned before = sleeps();
+    advance(seconds);
+    return waitForSleeps(before + 1);
 }
 
 ScopedTimeZone::ScopedTimeZone(const char* tz) {

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "platform/clock.h"
 
@@ -21,8 +24,24 @@ public:
     osl::platform::WallTime now() const override;
     void advance(std::int64_t seconds, std::int32_t micros = 0);
 
+    /// Sleeps until advance() has moved the time past the end of the sleep, or until stopped.
+    bool sleepFor(std::int64_t micros, osl::platform::Wakeup& wakeup) const override;
+    /// The number of sleeps begun on this clock so far, and the length of the last one.
+    unsigned sleeps() const;
+    std::int64_t lastSleepSeconds() const;
+    /// Waits until at least n sleeps have begun; false after ten seconds of real time.
+    bool waitForSleeps(unsigned n) const;
+    /// advance(seconds), then waits until the thread it woke is asleep again (its work done).
+    /// False when no thread went back to sleep within ten seconds.
+    bool step(std::int64_t seconds);
+
 private:
     std::atomic<std::int64_t> micros_;
+    mutable std::mutex mutex_;  // guards sleepers_ and sleeps_
+    mutable std::condition_variable slept_;
+    mutable std::vector<osl::platform::Wakeup*> sleepers_;
+    mutable unsigned sleeps_ = 0;
+    mutable std::int64_t lastSleep_ = 0;
 };
 
 /// Sets TZ for the process while it lives, and restores the previous value.

@@ -23,7 +23,10 @@ Message& text(const std::string& key) {
     return message[key];
 }
 
-void section(const std::string& title) { std::cout << "\n== " << title << "\n"; }
+void section(const std::string& title) {
+    demoStep();
+    std::cout << "\n== " << title << "\n";
+}
 
 const char* kindName(CmdLine::TKind kind) {
     switch (kind) {
@@ -222,6 +225,7 @@ int cmdDemo(const Args& args) {
     demoText();
     demoEnvironment(installation);
     demoLogging(installation.string());
+    demoStatistics(installation);
     return 0;
 }
 

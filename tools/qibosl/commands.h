@@ -66,5 +66,9 @@ int cmdMatch(const Args& args);
 int cmdAutoEdit(const Args& args);
 /// The demo's logging part: the example installation's logging configuration.
 void demoLogging(const std::string& installation);
+// Statistics (cmd_stats.cpp): the demo counts each of its steps and writes a report at the end.
+int cmdStats(const Args& args);
+void demoStep();
+void demoStatistics(const std::filesystem::path& installation);
 
 }  // namespace qibosl

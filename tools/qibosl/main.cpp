@@ -32,6 +32,7 @@ constexpr Command kCommands[] = {
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
     {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},
+    {"stats", "stats", qibosl::cmdStats},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.

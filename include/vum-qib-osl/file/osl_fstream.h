@@ -7,8 +7,9 @@
 #include <fstream>
 #include <string>
 
-// Every open takes the path as UTF-8 text and converts it to the file-system encoding (in legacy
-// mode the bytes are used as they are). The mode is an std::ios openmode given as int. Nothing is
+// Every open takes the path as UTF-8 text and converts it to the file-system encoding with
+// Osl_FileSystemName (in legacy mode the bytes are used as they are); a name that does not convert
+// opens nothing and leaves the stream failed. The mode is an std::ios openmode given as int. Nothing is
 // locked or denied: other streams and processes may open the same file at the same time.
 // Failure is the stream's fail state; nothing is thrown.
 

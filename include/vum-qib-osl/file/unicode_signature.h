@@ -15,8 +15,9 @@ OSL_API extern const char UNICODE_Header[4];
 OSL_API extern const char UNICODE_BE_Header[4];
 
 /// Opens a C file. In Unicode mode the path is UTF-8 text and is converted to the file-system
-/// encoding first; in legacy mode its bytes are used as they are. Returns null, with errno set,
-/// when the file cannot be opened (EINVAL for a null path or mode). The caller fcloses the file.
+/// encoding first (Osl_FileSystemName); in legacy mode its bytes are used as they are. Returns
+/// null, with errno set, when the file cannot be opened (EINVAL for a null path or mode, EILSEQ
+/// for a name that does not convert: never another, shortened name). The caller fcloses the file.
 OSL_API FILE* Osl_Fopen(const char* path, const char* mode);
 
 /// Detects a signature at the current position (not necessarily the start of the file):
