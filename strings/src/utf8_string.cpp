@@ -26,12 +26,6 @@ inline size_t stepFrom(const char* data, size_t i) {
     return static_cast<size_t>(Osl_UnicodeConverter::GetNextCharUTF8(data + i) - data);
 }
 
-inline bool asciiWord(const char* p) {
-    uint64_t word;
-    std::memcpy(&word, p, 8);
-    return (word & 0x8080808080808080ULL) == 0;
-}
-
 // Steps from byte i towards limit (at most the length), counting characters; stops at the first
 // step that reaches or passes limit. Runs of ASCII are stepped eight bytes at a time.
 inline size_t countSteps(const char* data, size_t& i, size_t limit) {
@@ -44,7 +38,7 @@ inline size_t countSteps(const char* data, size_t& i, size_t limit) {
                 i += b < 0xC0 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : b < 0xFC ? 5 : 6;
                 ++count;
             } while (i < limit && (b = s[i]) >= 0x80);
-        } else if (limit - i >= 8 && asciiWord(data + i)) {
+        } else if (limit - i >= 8 && osl::detail::asciiWord(data + i)) {
             i += 8;
             count += 8;
         } else {

@@ -10,15 +10,16 @@
 #include <ostream>
 
 #include "strings/patterns/src/date_format.h"
+#include "strings/src/utf_transform.h"
 
 namespace {
 
-char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+using osl::detail::asciiLower;
 
 bool equalNoCase(const std::string& a, const char* b) {
     std::size_t i = 0;
     for (; i < a.size() && b[i] != '\0'; ++i) {
-        if (lowerAscii(a[i]) != lowerAscii(b[i])) return false;
+        if (asciiLower(a[i]) != asciiLower(b[i])) return false;
     }
     return i == a.size() && b[i] == '\0';
 }
@@ -99,8 +100,8 @@ std::string characterAt(const std::string& s, std::size_t column, bool utf8) {
 bool operator<(const QIBNoCaseString& a, const QIBNoCaseString& b) {
     const std::size_t n = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < n; ++i) {
-        const auto x = static_cast<unsigned char>(lowerAscii(a[i]));
-        const auto y = static_cast<unsigned char>(lowerAscii(b[i]));
+        const auto x = static_cast<unsigned char>(asciiLower(a[i]));
+        const auto y = static_cast<unsigned char>(asciiLower(b[i]));
         if (x != y) return x < y;
     }
     return a.size() < b.size();
