@@ -223,8 +223,8 @@ IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size
     UErrorCode status = U_ZERO_ERROR;
     ucnv_resetFromUnicode(to);
     ucnv_fromUnicode(to, &target, dst + dstLen, &pivotSource, m.pivot.data() + units, nullptr, true, &status);
-    ucnv_resetFromUnicode(to);
     if (U_SUCCESS(status)) {
+        ucnv_resetFromUnicode(to);
         consumed = sourceGood;
         written = static_cast<size_t>(target - dst);
         return sourceStatus;
@@ -238,6 +238,7 @@ IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size
         ucnv_getInvalidUChars(to, bad, &badLen, &ignored);
         keep -= std::min(keep, U_SUCCESS(ignored) ? static_cast<size_t>(badLen) : size_t{1});
     }
+    ucnv_resetFromUnicode(to);
     // Whole source characters only: no unit of a character whose other units are left out.
     auto wholeCut = [&](size_t k) {
         while (k > 0 && k < units && m.offsets[k] == m.offsets[k - 1]) --k;
