@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -178,6 +180,19 @@ TEST(Utf8StringTest, WideConversionsInBothModes) {
     EXPECT_EQ(Osl_UTF8String(static_cast<const char16_t*>(nullptr)).ToString(), "");
 }
 
+// What the other side lacks becomes its replacement character and the rest follows.
+TEST(Utf8StringTest, ConversionsReplaceWhatTheyCannotTake) {
+    {
+        osl::test::ScopedUnicodeMode mode(false, "MS1252");
+        EXPECT_EQ(Osl_UTF8String(u"abc\u65E5xyz").ToString(), "abc?xyz");
+    }
+    osl::test::ScopedUnicodeMode mode(true, "MS1252", "MS1252");
+    EXPECT_EQ(Osl_UTF8String("a\xFFz\xE2\x82").ToWString(), u"a\uFFFDz\uFFFD");
+    EXPECT_EQ(Osl_UTF8String("\xE6\x97\xA5.txt").ToCurrentFSEncoding(), "?.txt");
+    EXPECT_EQ(Osl_UTF8String("\xE6\x97\xA5\xE2\x82\xAC").ToCurrentSystemEncoding(), "?\x80");
+    EXPECT_EQ(Osl_UTF8String(std::u16string(u"a\xD800")).ToString(), "a\xEF\xBF\xBD");
+}
+
 TEST(Utf8StringTest, ComparisonOperators) {
     Osl_UTF8String composed("\xC3\xA9"), decomposed("e\xCC\x81");
     osl::test::ScopedUnicodeMode mode(true);
@@ -188,6 +203,17 @@ TEST(Utf8StringTest, ComparisonOperators) {
     Osl_UTF8String bmp("\xEF\xBC\xA1"), astral("\xF0\x90\x80\x80");
     EXPECT_TRUE(bmp > astral);
     EXPECT_FALSE(bmp < astral);
+    // Any bytes: < is a strict weak order that agrees with == (a set keeps every distinct text).
+    const Osl_UTF8String texts[] = {"x\x80" "a", "x\x80" "b", "x", "x\xC3\xA9", "xe\xCC\x81", "\xEF\xBC\xA1",
+                                    "\xF0\x90\x80\x80", "\xFF", "x\xE2\x82", "", "\xED\xA0\x80"};
+    std::set<Osl_UTF8String> set(std::begin(texts), std::end(texts));
+    EXPECT_EQ(set.size(), std::size(texts));
+    for (const auto& a : texts)
+        for (const auto& b : texts) {
+            SCOPED_TRACE(a + " / " + b);
+            EXPECT_EQ(!(a < b) && !(b < a), a == b);
+            EXPECT_EQ(a > b, b < a);
+        }
     osl::test::ScopedUnicodeMode legacy(false);
     EXPECT_TRUE(bmp < astral);
     std::ostringstream out;
