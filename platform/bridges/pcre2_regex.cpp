@@ -123,8 +123,6 @@ const unsigned char* windows1252Tables() {
     return tables.data();
 }
 
-std::atomic<std::uint64_t> validatedBytes{0};
-
 }  // namespace
 
 struct Pcre2Regex::Impl {
@@ -136,9 +134,13 @@ struct Pcre2Regex::Impl {
     bool utf8 = false;
     bool looksBefore = false;
     bool matched = false;
+    // Match data for matchLength, taken by one caller at a time; a caller that finds it taken
+    // makes its own. Lock-free, and nothing per thread.
+    mutable std::atomic<pcre2_match_data*> spare{nullptr};
 
     ~Impl() { clear(); }
     void clear() {
+        pcre2_match_data_free(spare.exchange(nullptr));
         pcre2_match_data_free(matchData);
         pcre2_code_free(code);
         pcre2_match_context_free(matchContext);
@@ -169,7 +171,9 @@ bool Pcre2Regex::compile(std::string_view pattern, bool utf8, bool caseless, std
     Impl& m = *impl_;
     m.clear();
     pcre2_compile_context* context = pcre2_compile_context_create(nullptr);
-    std::uint32_t options = caseless ? PCRE2_CASELESS : 0;
+    // $ only at the very end and . across line feeds: subjects are whole texts (file names,
+    // field values), not lines. (?m) and (?-s) give line anchors back to a pattern that wants them.
+    std::uint32_t options = PCRE2_DOLLAR_ENDONLY | PCRE2_DOTALL | (caseless ? PCRE2_CASELESS : 0);
     if (utf8) {
         // \C could split a character: refused, so that every match range lies on character
         // boundaries and replacements keep a subject valid.
@@ -227,11 +231,38 @@ int Pcre2Regex::exec(const char* subject, std::size_t length, std::size_t start,
             rc = pcre2_jit_match(m.code, s, length, start, options, m.matchData, m.matchContext);
         }
     }
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT)  // the interpreter keeps its backtracking on the heap
+        rc = pcre2_match(m.code, s, length, start, options | PCRE2_NO_JIT, m.matchData, m.matchContext);
     if (rc >= 0) {
         m.matched = true;
         return 1;
     }
     return rc == PCRE2_ERROR_NOMATCH ? 0 : -1;
+}
+
+long Pcre2Regex::matchLength(const char* subject, std::size_t length) const {
+    if (!compiled()) return -2;
+    if (subject == nullptr) {
+        if (length != 0) return -2;
+        subject = "";
+    }
+    const Impl& m = *impl_;
+    pcre2_match_data* data = m.spare.exchange(nullptr, std::memory_order_acquire);
+    if (data == nullptr) data = pcre2_match_data_create(1, nullptr);
+    if (data == nullptr) return -2;
+    // Invalid UTF-8 cannot match (the pattern was compiled with PCRE2_MATCH_INVALID_UTF), so the
+    // subject needs no check of its own.
+    const auto* s = reinterpret_cast<PCRE2_SPTR>(subject);
+    int rc = m.jit ? pcre2_jit_match(m.code, s, length, 0, 0, data, nullptr)
+                   : pcre2_match(m.code, s, length, 0, 0, data, nullptr);
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT) rc = pcre2_match(m.code, s, length, 0, PCRE2_NO_JIT, data, nullptr);
+    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(data);
+    const long result = rc == PCRE2_ERROR_NOMATCH ? -1
+                        : rc < 0 || ovector[1] < ovector[0] ? -2
+                                                            : static_cast<long>(ovector[1] - ovector[0]);
+    pcre2_match_data* empty = nullptr;
+    if (!m.spare.compare_exchange_strong(empty, data, std::memory_order_release)) pcre2_match_data_free(data);
+    return result;
 }
 
 bool Pcre2Regex::group(std::size_t i, std::size_t& start, std::size_t& end) const {
@@ -246,7 +277,6 @@ bool Pcre2Regex::group(std::size_t i, std::size_t& start, std::size_t& end) cons
 }
 
 bool isValidUtf8(const char* data, std::size_t length) {
-    validatedBytes.fetch_add(length, std::memory_order_relaxed);
     const auto* p = reinterpret_cast<const unsigned char*>(data);
     const unsigned char* const end = p + length;
     while (p < end) {
@@ -280,8 +310,6 @@ bool isValidUtf8(const char* data, std::size_t length) {
     }
     return true;
 }
-
-std::uint64_t utf8BytesValidated() { return validatedBytes.load(std::memory_order_relaxed); }
 
 std::string pcre2CharacterTables(bool windows1252) {
     const auto tables = makeTables(windows1252 ? windows1252Class : asciiClass);
