@@ -1,0 +1,3 @@
+// strings/tests/visual_string_test.cpp
+#include <vum-qib-osl/strings/visual_string.h>
+int main() {}
