@@ -253,7 +253,14 @@ Osl_VisualString& Osl_VisualString::replaceCells(size_t pos, size_t n, const std
     if (pos > cells()) outOfRange();
     size_t count = std::min(n, cells() - pos);
     bool startCut = false, endCut = false;
-    CalculateValidNarrowBounderies(policy, pos, count, startCut, endCut);
+    if (count > 0) {
+        CalculateValidNarrowBounderies(policy, pos, count, startCut, endCut);
+    } else if (isPad(pos)) {  // an insertion point moves without making a range
+        if ((policy & StartAccept) != 0) startCut = true;
+        else if ((policy & StartLeft) != 0 && pos > 0) --pos;
+        else if ((policy & StartRight) != 0) ++pos;
+        else outOfRange();
+    }
     ClearMaps();
     if (startCut) {
         setCell(cells_, pos - 1, SpaceCode);
