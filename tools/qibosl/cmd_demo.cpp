@@ -219,6 +219,7 @@ int cmdDemo(const Args& args) {
     demoPatterns(installation);
     demoSettings(installation.string());
     demoText();
+    demoColumns();
     demoEnvironment(installation);
     demoLogging(installation.string());
     return 0;
