@@ -1,6 +1,6 @@
 // platform/icu_text.h
 // The text services the strings subsystem takes from ICU, in standard types: code-page
-// converters, converter names and aliases, case mapping, character properties, locale names
+// converters, converter names, case mapping, character properties, locale names
 // and collation. Implemented in platform/bridges/icu_text.cpp; nothing else includes ICU.
 #pragma once
 
@@ -18,8 +18,6 @@ int icuStart(const std::string& dataDirectory);
 
 /// The canonical ICU name of a converter name or alias, or empty when ICU knows none.
 std::string icuCanonicalConverterName(const std::string& name);
-/// Every alias ICU lists for a converter (the canonical name first), empty when unknown.
-std::vector<std::string> icuConverterAliases(const std::string& name);
 /// True when the converter is single-byte (one byte per character, no state).
 bool icuIsSingleByte(const std::string& name);
 /// The Unicode of each byte of a single-byte converter: a code point, or -1 for an unmapped byte.
@@ -32,7 +30,9 @@ std::vector<int16_t> icuSingleByteFromUnicode(const std::string& name);
 enum class IcuStatus { ok, noSpace, illegal, truncated, failed };
 
 /// A pair of ICU converters converting from one encoding to another, stopping at the first
-/// illegal or unmappable character. Each call converts one whole buffer (flushes at its end).
+/// illegal or unmappable character. Each call converts one whole buffer: a stateful target ends
+/// in its initial state, and consumed is exactly the source that the written bytes represent
+/// (whole characters; on noSpace the longest prefix whose output fits).
 class IcuConversion {
 public:
     IcuConversion();
@@ -51,11 +51,10 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
-/// Full Unicode case mapping of UTF-8 text with the rules of a locale ("" for the root).
-/// Returns the mapped length (which may exceed dstLen; then dst holds nothing useful), or -1 on
-/// illegal input.
-int64_t icuMapCaseUtf8(bool upper, const std::string& locale, const char* src, size_t srcLen, char* dst,
-                       size_t dstLen);
+/// Full Unicode case mapping of UTF-8 text with the rules of the root locale. Returns the mapped
+/// length (which may exceed dstLen; then dst holds nothing useful), or -1 on illegal input.
+/// Opens nothing: safe from any thread.
+int64_t icuMapCaseUtf8(bool upper, const char* src, size_t srcLen, char* dst, size_t dstLen);
 
 /// Character properties of one code point.
 int icuCharCategory(int32_t c);

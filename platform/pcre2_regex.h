@@ -1,7 +1,8 @@
 // platform/pcre2_regex.h
 // A compiled regular expression on PCRE2 (8-bit library), in standard types only. UTF-8 text
 // is matched in UTF mode with Unicode properties; legacy text as windows-1252 bytes with
-// character tables that know the windows-1252 letters and their cases.
+// character tables that know the windows-1252 letters and their cases. $ matches only at the
+// very end of the subject and . matches a line feed too; (?m) and (?-s) turn that off.
 #pragma once
 
 #include <cstddef>
@@ -38,6 +39,10 @@ public:
     /// character or beyond length, match limits, nothing compiled).
     int exec(const char* subject, std::size_t length, std::size_t start, bool checked);
 
+    /// Searches the whole subject and gives the length of the match, -1 when nothing matched
+    /// or -2 on an error. Keeps nothing: safe from several threads on one compiled pattern.
+    long matchLength(const char* subject, std::size_t length) const;
+
     /// The byte range of group i of the last successful exec; false when the group did not
     /// take part or does not exist, or the last exec did not match.
     bool group(std::size_t i, std::size_t& start, std::size_t& end) const;
@@ -51,9 +56,6 @@ private:
 /// surrogates, nothing above U+10FFFF).
 bool isValidUtf8(const char* data, std::size_t length);
 
-/// Bytes checked by isValidUtf8 in this process so far: repeated searches over one subject
-/// must check it once, and tests hold them to that.
-std::uint64_t utf8BytesValidated();
 
 /// The character tables used for legacy text (windows1252) or plain ASCII, in PCRE2's layout;
 /// and the tables PCRE2 itself makes for the "C" locale. Tests compare the two layouts.

@@ -1,9 +1,9 @@
 // platform/bridges/icu_text.cpp
-// The one door to ICU for text: converters, aliases, case mapping, character properties, calendar
+// The one door to ICU for text: converters, converter names, case mapping, character properties, calendar
 // names and collation. Returns results and codes; never throws QIBError, never logs.
 #include "platform/icu_text.h"
 
-#include <unicode/ucasemap.h>
+#include <unicode/casemap.h>
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 #include <unicode/ucol.h>
@@ -14,6 +14,7 @@
 #include <unicode/ustring.h>
 #include <unicode/utypes.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -67,18 +68,6 @@ std::string icuCanonicalConverterName(const std::string& name) {
     return canonical;
 }
 
-std::vector<std::string> icuConverterAliases(const std::string& name) {
-    std::vector<std::string> aliases;
-    if (name.empty()) return aliases;
-    UErrorCode status = U_ZERO_ERROR;
-    uint16_t count = ucnv_countAliases(name.c_str(), &status);
-    for (uint16_t i = 0; U_SUCCESS(status) && i < count; ++i) {
-        const char* alias = ucnv_getAlias(name.c_str(), i, &status);
-        if (U_SUCCESS(status) && alias != nullptr) aliases.emplace_back(alias);
-    }
-    return aliases;
-}
-
 bool icuIsSingleByte(const std::string& name) {
     ConverterPtr cnv = openStopping(name);
     return cnv && ucnv_getType(cnv.get()) == UCNV_SBCS && ucnv_getMaxCharSize(cnv.get()) == 1;
@@ -130,7 +119,8 @@ std::vector<int16_t> icuSingleByteFromUnicode(const std::string& name) {
 struct IcuConversion::Impl {
     ConverterPtr from;
     ConverterPtr to;
-    UChar pivot[1024];
+    std::vector<UChar> pivot;       // the source as UTF-16
+    std::vector<int32_t> offsets;   // for each pivot unit: the source offset of its character
 };
 
 IcuConversion::IcuConversion() = default;
@@ -145,20 +135,9 @@ bool IcuConversion::open(const std::string& fromName, const std::string& toName)
     return true;
 }
 
-IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size_t dstLen, size_t& consumed,
-                                 size_t& written) {
-    consumed = 0;
-    written = 0;
-    if (!impl_) return IcuStatus::failed;
-    const char* source = src;
-    char* target = dst;
-    UChar* pivotSource = impl_->pivot;
-    UChar* pivotTarget = impl_->pivot;
-    UErrorCode status = U_ZERO_ERROR;
-    ucnv_convertEx(impl_->to.get(), impl_->from.get(), &target, dst + dstLen, &source, src + srcLen,
-                   impl_->pivot, &pivotSource, &pivotTarget, impl_->pivot + 1024, true, true, &status);
-    consumed = static_cast<size_t>(source - src);
-    written = static_cast<size_t>(target - dst);
+namespace {
+
+IcuStatus statusOf(UErrorCode status) {
     if (U_SUCCESS(status)) return IcuStatus::ok;
     switch (status) {
         case U_BUFFER_OVERFLOW_ERROR: return IcuStatus::noSpace;
@@ -171,18 +150,129 @@ IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size
     }
 }
 
-int64_t icuMapCaseUtf8(bool upper, const std::string& locale, const char* src, size_t srcLen, char* dst,
-                       size_t dstLen) {
+// The whole of pivot[0, units) from Unicode, flushed (a stateful encoding ends in its initial
+// state); the number of bytes, or -1 when they do not fit in capacity.
+int64_t fromUnicodeFlushed(UConverter* to, const UChar* pivot, size_t units, char* dst, size_t capacity) {
+    ucnv_resetFromUnicode(to);
+    char* target = dst;
+    const UChar* source = pivot;
     UErrorCode status = U_ZERO_ERROR;
-    UCaseMap* map = ucasemap_open(locale.c_str(), 0, &status);
+    ucnv_fromUnicode(to, &target, dst + capacity, &source, pivot + units, nullptr, true, &status);
+    ucnv_resetFromUnicode(to);
     if (U_FAILURE(status)) return -1;
-    int32_t n = upper ? ucasemap_utf8ToUpper(map, dst, static_cast<int32_t>(dstLen), src,
-                                             static_cast<int32_t>(srcLen), &status)
-                      : ucasemap_utf8ToLower(map, dst, static_cast<int32_t>(dstLen), src,
-                                             static_cast<int32_t>(srcLen), &status);
-    ucasemap_close(map);
+    return target - dst;
+}
+
+}  // namespace
+
+// Two passes through a pivot of UTF-16 with offsets rather than ucnv_convertEx: its read-ahead
+// consumes source that the written output does not represent. Where the output stops early, it
+// is cut back to whole characters and redone flushed, so that the consumed length is exact and
+// a stateful target ends in its initial state.
+IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size_t dstLen, size_t& consumed,
+                                 size_t& written) {
+    consumed = 0;
+    written = 0;
+    if (!impl_) return IcuStatus::failed;
+    Impl& m = *impl_;
+    UConverter* from = m.from.get();
+    UConverter* to = m.to.get();
+
+    // Source -> pivot: a source byte gives at most two units (sequence mappings aside, which
+    // only take a second round).
+    m.pivot.resize(srcLen * 2 + 16);
+    m.offsets.resize(m.pivot.size());
+    ucnv_resetToUnicode(from);
+    const char* source = src;
+    size_t units = 0;
+    IcuStatus sourceStatus = IcuStatus::ok;
+    size_t sourceGood = srcLen;  // source represented by the pivot
+    for (;;) {
+        UErrorCode status = U_ZERO_ERROR;
+        const auto roundStart = static_cast<int32_t>(source - src);
+        UChar* pivotEnd = m.pivot.data() + units;
+        ucnv_toUnicode(from, &pivotEnd, m.pivot.data() + m.pivot.size(), &source, src + srcLen,
+                       m.offsets.data() + units, true, &status);
+        const size_t produced = static_cast<size_t>(pivotEnd - m.pivot.data());
+        for (size_t i = units; i < produced; ++i)  // -1: output held over from the round before
+            m.offsets[i] = m.offsets[i] < 0 ? (i > 0 ? m.offsets[i - 1] : 0) : m.offsets[i] + roundStart;
+        units = produced;
+        if (status == U_BUFFER_OVERFLOW_ERROR) {
+            m.pivot.resize(m.pivot.size() * 2);
+            m.offsets.resize(m.pivot.size());
+            continue;
+        }
+        if (U_FAILURE(status)) {
+            char bad[32];
+            int8_t badLen = sizeof bad;
+            UErrorCode ignored = U_ZERO_ERROR;
+            ucnv_getInvalidChars(from, bad, &badLen, &ignored);
+            sourceStatus = statusOf(status);
+            const size_t at = static_cast<size_t>(source - src);
+            sourceGood = at - std::min(at, U_SUCCESS(ignored) ? static_cast<size_t>(badLen) : size_t{0});
+        }
+        break;
+    }
+    ucnv_resetToUnicode(from);
+    // Units of a character cut short by the error belong to no whole character.
+    while (units > 0 && static_cast<size_t>(m.offsets[units - 1]) >= sourceGood) --units;
+
+    // Pivot -> destination.
+    const UChar* pivotSource = m.pivot.data();
+    char* target = dst;
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_resetFromUnicode(to);
+    ucnv_fromUnicode(to, &target, dst + dstLen, &pivotSource, m.pivot.data() + units, nullptr, true, &status);
+    if (U_SUCCESS(status)) {
+        ucnv_resetFromUnicode(to);
+        consumed = sourceGood;
+        written = static_cast<size_t>(target - dst);
+        return sourceStatus;
+    }
+    IcuStatus targetStatus = statusOf(status);
+    size_t keep = static_cast<size_t>(pivotSource - m.pivot.data());
+    if (targetStatus == IcuStatus::illegal) {
+        UChar bad[8];
+        int8_t badLen = 8;
+        UErrorCode ignored = U_ZERO_ERROR;
+        ucnv_getInvalidUChars(to, bad, &badLen, &ignored);
+        keep -= std::min(keep, U_SUCCESS(ignored) ? static_cast<size_t>(badLen) : size_t{1});
+    }
+    ucnv_resetFromUnicode(to);
+    // Whole source characters only: no unit of a character whose other units are left out.
+    auto wholeCut = [&](size_t k) {
+        while (k > 0 && k < units && m.offsets[k] == m.offsets[k - 1]) --k;
+        return k;
+    };
+    keep = wholeCut(keep);
+    int64_t n = fromUnicodeFlushed(to, m.pivot.data(), keep, dst, dstLen);
+    if (n < 0) {  // the flushed end did not fit: the largest prefix that does
+        targetStatus = IcuStatus::noSpace;
+        size_t low = 0, high = keep;  // low fits, high does not
+        while (high - low > 1) {
+            size_t mid = wholeCut(low + (high - low) / 2);
+            if (mid <= low) mid = low + 1;
+            if (fromUnicodeFlushed(to, m.pivot.data(), mid, dst, dstLen) >= 0) low = mid;
+            else high = mid;
+        }
+        keep = wholeCut(low);
+        n = fromUnicodeFlushed(to, m.pivot.data(), keep, dst, dstLen);
+        if (n < 0) n = 0;
+    }
+    written = static_cast<size_t>(n);
+    consumed = keep < units ? static_cast<size_t>(m.offsets[keep]) : sourceGood;
+    return targetStatus;
+}
+
+int64_t icuMapCaseUtf8(bool upper, const char* src, size_t srcLen, char* dst, size_t dstLen) {
+    // The static mappers of the root locale need no object: nothing is opened per call.
+    UErrorCode status = U_ZERO_ERROR;
+    const auto n = static_cast<int32_t>(srcLen);
+    const auto cap = static_cast<int32_t>(dstLen);
+    int32_t mapped = upper ? icu::CaseMap::utf8ToUpper("", 0, src, n, dst, cap, nullptr, status)
+                           : icu::CaseMap::utf8ToLower("", 0, src, n, dst, cap, nullptr, status);
     if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR) return -1;
-    return n;
+    return mapped;
 }
 
 int icuCharCategory(int32_t c) { return u_charType(c); }

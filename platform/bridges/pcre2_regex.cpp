@@ -8,7 +8,6 @@
 #include <pcre2.h>
 
 #include <array>
-#include <atomic>
 #include <clocale>
 #include <cstring>
 
@@ -123,8 +122,6 @@ const unsigned char* windows1252Tables() {
     return tables.data();
 }
 
-std::atomic<std::uint64_t> validatedBytes{0};
-
 }  // namespace
 
 struct Pcre2Regex::Impl {
@@ -169,7 +166,9 @@ bool Pcre2Regex::compile(std::string_view pattern, bool utf8, bool caseless, std
     Impl& m = *impl_;
     m.clear();
     pcre2_compile_context* context = pcre2_compile_context_create(nullptr);
-    std::uint32_t options = caseless ? PCRE2_CASELESS : 0;
+    // $ only at the very end and . across line feeds: subjects are whole texts (file names,
+    // field values), not lines. (?m) and (?-s) give line anchors back to a pattern that wants them.
+    std::uint32_t options = PCRE2_DOLLAR_ENDONLY | PCRE2_DOTALL | (caseless ? PCRE2_CASELESS : 0);
     if (utf8) {
         // \C could split a character: refused, so that every match range lies on character
         // boundaries and replacements keep a subject valid.
@@ -227,11 +226,41 @@ int Pcre2Regex::exec(const char* subject, std::size_t length, std::size_t start,
             rc = pcre2_jit_match(m.code, s, length, start, options, m.matchData, m.matchContext);
         }
     }
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT)  // the interpreter keeps its backtracking on the heap
+        rc = pcre2_match(m.code, s, length, start, options | PCRE2_NO_JIT, m.matchData, m.matchContext);
     if (rc >= 0) {
         m.matched = true;
         return 1;
     }
     return rc == PCRE2_ERROR_NOMATCH ? 0 : -1;
+}
+
+long Pcre2Regex::matchLength(const char* subject, std::size_t length) const {
+    if (!compiled()) return -2;
+    if (subject == nullptr) {
+        if (length != 0) return -2;
+        subject = "";
+    }
+    const Impl& m = *impl_;
+    // Match data of this thread, grown to what the pattern needs: nothing of the object is
+    // written, so several threads may match one compiled pattern at once.
+    struct MatchData {
+        pcre2_match_data* data = nullptr;
+        ~MatchData() { pcre2_match_data_free(data); }
+    };
+    thread_local MatchData local;
+    if (local.data == nullptr) local.data = pcre2_match_data_create(1, nullptr);
+    if (local.data == nullptr) return -2;
+    // Invalid UTF-8 cannot match (the pattern was compiled with PCRE2_MATCH_INVALID_UTF), so the
+    // subject needs no check of its own.
+    const auto* s = reinterpret_cast<PCRE2_SPTR>(subject);
+    int rc = m.jit ? pcre2_jit_match(m.code, s, length, 0, 0, local.data, nullptr)
+                   : pcre2_match(m.code, s, length, 0, 0, local.data, nullptr);
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT) rc = pcre2_match(m.code, s, length, 0, PCRE2_NO_JIT, local.data, nullptr);
+    if (rc == PCRE2_ERROR_NOMATCH) return -1;
+    if (rc < 0) return -2;
+    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(local.data);
+    return ovector[1] >= ovector[0] ? static_cast<long>(ovector[1] - ovector[0]) : -2;
 }
 
 bool Pcre2Regex::group(std::size_t i, std::size_t& start, std::size_t& end) const {
@@ -246,7 +275,6 @@ bool Pcre2Regex::group(std::size_t i, std::size_t& start, std::size_t& end) cons
 }
 
 bool isValidUtf8(const char* data, std::size_t length) {
-    validatedBytes.fetch_add(length, std::memory_order_relaxed);
     const auto* p = reinterpret_cast<const unsigned char*>(data);
     const unsigned char* const end = p + length;
     while (p < end) {
@@ -280,8 +308,6 @@ bool isValidUtf8(const char* data, std::size_t length) {
     }
     return true;
 }
-
-std::uint64_t utf8BytesValidated() { return validatedBytes.load(std::memory_order_relaxed); }
 
 std::string pcre2CharacterTables(bool windows1252) {
     const auto tables = makeTables(windows1252 ? windows1252Class : asciiClass);

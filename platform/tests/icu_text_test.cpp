@@ -1,22 +1,18 @@
 // platform/tests/icu_text_test.cpp
-// What the strings subsystem relies on from ICU: converter names and aliases, the single-byte
+// What the strings subsystem relies on from ICU: converter names, the single-byte
 // tables and stopping at bad input. The locale data is checked through Osl_UnicodeConfiguration.
 #include "platform/icu_text.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 using namespace osl::platform;
 
-TEST(IcuTextTest, ConverterNamesAndAliases) {
+TEST(IcuTextTest, ConverterNames) {
     EXPECT_EQ(icuStart(""), 0);
     EXPECT_EQ(icuCanonicalConverterName("cp1252"), icuCanonicalConverterName("windows-1252"));
     EXPECT_EQ(icuCanonicalConverterName("IBM-939"), "ibm-939_P120-1999");
     EXPECT_EQ(icuCanonicalConverterName("utf8"), "UTF-8");
     EXPECT_EQ(icuCanonicalConverterName("MS1252"), "");  // our record names are not ICU's
-    auto aliases = icuConverterAliases("windows-1252");
-    EXPECT_NE(std::find(aliases.begin(), aliases.end(), "cp1252"), aliases.end());
     EXPECT_TRUE(icuIsSingleByte("windows-1252"));
     EXPECT_TRUE(icuIsSingleByte("ibm-37"));
     EXPECT_FALSE(icuIsSingleByte("ibm-939"));

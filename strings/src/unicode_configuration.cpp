@@ -1,7 +1,7 @@
 // strings/src/unicode_configuration.cpp
 // The mode switch, the encoding names and the encoding and language records. The mode is one
 // atomic flag because every string operation asks for it; the records come from locale.ini,
-// installed with the library.
+// installed with the library and read by locale_ini_reader.cpp.
 #include <vum-qib-osl/strings/unicode_configuration.h>
 
 #include <vum-qib-osl/misc/qib_error.h>
@@ -9,16 +9,15 @@
 #include <vum-qib-osl/strings/utf8_string.h>
 
 #include "ini/src/unicode_settings.h"
+#include "strings/src/locale_ini_reader.h"
 #include "platform/icu_text.h"
-#include "platform/library_location.h"
 #include "strings/src/utf_transform.h"
 
 #include <algorithm>
 #include <atomic>
-#include <cstdlib>
-#include <fstream>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -65,18 +64,8 @@ struct LanguageRecord {
     bool unicode = false;
 };
 
-std::string lowered(std::string s) {
-    for (char& c : s)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return s;
-}
-
-std::string trimmed(const std::string& s) {
-    size_t b = s.find_first_not_of(" \t\r");
-    if (b == std::string::npos) return {};
-    size_t e = s.find_last_not_of(" \t\r");
-    return s.substr(b, e - b + 1);
-}
+using osl::detail::lowered;
+using osl::detail::trimmed;
 
 std::list<std::string> splitList(const std::string& s) {
     std::list<std::string> items;
@@ -99,23 +88,6 @@ std::string value(const std::map<std::string, std::string>& keys, const char* ke
 
 [[noreturn]] void fail(const std::string& text, long line, long code = 98) {
     throw QIBError(text, code, 12, kWhere, line);
-}
-
-bool readable(const std::string& path) { return std::ifstream(path).good(); }
-
-// The records file: $OSL_LOCALE_INI, else share/vum-qib-osl/locale.ini of the installation the
-// library lives in, else the copy in the source tree of a build that was not installed.
-std::string localeIniPath() {
-    if (const char* env = std::getenv("OSL_LOCALE_INI"); env != nullptr && *env != '\0') return env;
-    std::string dir = osl::platform::libraryDirectory();
-    if (!dir.empty()) {
-        std::string installed = dir + "/" OSL_LOCALE_INI_FROM_LIBDIR;
-        if (readable(installed)) return installed;
-    }
-#ifdef OSL_LOCALE_INI_BUILD
-    if (readable(OSL_LOCALE_INI_BUILD)) return OSL_LOCALE_INI_BUILD;
-#endif
-    return {};
 }
 
 // Decodes one character of UTF-8 (Unicode mode) or one byte through a single-byte table.
@@ -164,26 +136,12 @@ namespace {
 // never calls Init still gets its answers.
 void loadRecords(Osl_UnicodeConfiguration::Impl& impl) {
     if (impl.recordsLoaded) return;
-    std::string path = localeIniPath();
-    std::ifstream in(path);
-    if (path.empty() || !in) fail("Cannot read the encoding records " + (path.empty() ? std::string(kLocaleIni) : path), 401);
-
-    std::vector<std::pair<std::string, std::map<std::string, std::string>>> groups;
-    std::string line;
-    while (std::getline(in, line)) {
-        line = trimmed(line);
-        if (line.empty() || line[0] == ';' || line[0] == '#') continue;
-        if (line.front() == '[' && line.back() == ']') {
-            groups.push_back({trimmed(line.substr(1, line.size() - 2)), {}});
-            continue;
-        }
-        size_t eq = line.find('=');
-        if (eq == std::string::npos || groups.empty()) continue;
-        groups.back().second[lowered(trimmed(line.substr(0, eq)))] = trimmed(line.substr(eq + 1));
-    }
+    std::string path = osl::detail::localeIniPath();
+    std::optional<osl::detail::LocaleIniGroups> groups = osl::detail::readLocaleIni(path);
+    if (!groups) fail("Cannot read the encoding records " + (path.empty() ? std::string(kLocaleIni) : path), 401);
 
     std::vector<EncodingRecord> encodings;
-    for (auto& [group, keys] : groups) {
+    for (auto& [group, keys] : *groups) {
         size_t blank = group.find(' ');
         if (blank == std::string::npos) continue;
         std::string kind = lowered(group.substr(0, blank));

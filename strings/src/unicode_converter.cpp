@@ -1,8 +1,8 @@
 // strings/src/unicode_converter.cpp
 // Conversions between the legacy encoding, UTF-8, UCS-2 and the visual form. Reports through
 // result codes, never exceptions (only a missing converter throws). ICU only via
-// platform/icu_text.h; single-byte code pages to and from UTF-8 go through tables taken once
-// from ICU's own mapping, and hand anything the tables do not cover to ICU.
+// platform/icu_text.h; single-byte code pages to and from UTF-8 take the table path of
+// single_byte_tables.cpp first and hand what it does not cover to ICU.
 #include <vum-qib-osl/strings/unicode_converter.h>
 
 #include <vum-qib-osl/log/log_msg.h>
@@ -12,6 +12,7 @@
 #include <vum-qib-osl/strings/visual_string.h>
 
 #include "platform/icu_text.h"
+#include "strings/src/single_byte_tables.h"
 #include "strings/src/utf_transform.h"
 #include "strings/src/visual_cells.h"
 
@@ -25,206 +26,27 @@ namespace {
 
 constexpr char kWhere[] = "strings/src/unicode_converter";
 
-// The Unicode of every byte of a single-byte code page as UTF-8, and the byte of every BMP code
-// point; both asked of ICU once per process and code page.
-struct SingleByteTables {
-    uint8_t utf8Length[256] = {};  // 0: unmapped
-    char utf8[256][4] = {};
-    std::vector<int16_t> fromBmp;  // -1: unmapped
-    bool asciiIdentity = true;     // bytes 00-7F are themselves
-};
-
-const SingleByteTables* singleByteTables(const std::string& converter) {
-    static std::mutex lock;  // guards cache
-    static auto* cache = new std::map<std::string, const SingleByteTables*>;
-    std::lock_guard<std::mutex> guard(lock);
-    if (auto it = cache->find(converter); it != cache->end()) return it->second;
-    const SingleByteTables* result = nullptr;
-    if (osl::platform::icuIsSingleByte(converter)) {
-        auto* t = new SingleByteTables;
-        std::vector<int32_t> toUnicode = osl::platform::icuSingleByteToUnicode(converter);
-        t->fromBmp = osl::platform::icuSingleByteFromUnicode(converter);
-        for (size_t b = 0; b < 256 && toUnicode.size() == 256; ++b) {
-            int32_t c = toUnicode[b];
-            if (b < 0x80 && c != static_cast<int32_t>(b)) t->asciiIdentity = false;
-            if (c < 0 || (c >= 0xD800 && c <= 0xDFFF)) continue;
-            char16_t unit = static_cast<char16_t>(c);
-            size_t consumed = 0, written = 0;
-            osl::detail::utf16ToUtf8(&unit, 1, t->utf8[b], 4, consumed, written);
-            t->utf8Length[b] = static_cast<uint8_t>(written);
-        }
-        for (size_t c = 0; c < 0x80 && t->fromBmp.size() == 65536; ++c)
-            if (t->fromBmp[c] != static_cast<int16_t>(c)) t->asciiIdentity = false;
-        if (toUnicode.size() == 256 && t->fromBmp.size() == 65536) result = t;
-        else delete t;
-    }
-    cache->emplace(converter, result);
-    return result;
-}
-
-bool isUtf8Converter(const std::string& converter) {
-    return osl::platform::icuCanonicalConverterName(converter) == "UTF-8";
-}
-
-inline bool asciiWord(const char* p) {
-    uint64_t word;
-    std::memcpy(&word, p, 8);
-    return (word & 0x8080808080808080ULL) == 0;
-}
-
-// Single-byte code page -> UTF-8 through the table; stops where the table has no answer.
-// Positions are kept in locals: stores through char* could alias the references.
-osl::platform::IcuStatus fromSingleByte(const SingleByteTables& t, const char* src, size_t n, char* dst, size_t cap,
-                                        size_t& consumed, size_t& written) {
-    const auto* s = reinterpret_cast<const unsigned char*>(src);
-    const uint8_t* lengths = t.utf8Length;
-    const char(*bytes)[4] = t.utf8;
-    const bool ascii = t.asciiIdentity;
-    size_t i = consumed, w = written;
-    auto status = osl::platform::IcuStatus::ok;
-    // Blocks of eight bytes while the destination surely has room: copied when ASCII, else
-    // every byte writes four bytes of its table entry and advances by its length.
-    while (n - i >= 8 && cap - w >= 32) {
-        if (ascii && asciiWord(src + i)) {
-            std::memcpy(dst + w, src + i, 8);
-            i += 8;
-            w += 8;
-            continue;
-        }
-        size_t k = 0;
-        for (; k < 8; ++k) {
-            uint8_t b = s[i + k];
-            uint8_t len = lengths[b];
-            if (len == 0) break;
-            std::memcpy(dst + w, bytes[b], 4);
-            w += len;
-        }
-        i += k;
-        if (k < 8) break;
-    }
-    while (i < n) {
-        uint8_t b = s[i];
-        uint8_t len = lengths[b];
-        if (len == 0) {
-            status = osl::platform::IcuStatus::failed;
-            break;
-        }
-        if (cap - w >= 4) {
-            std::memcpy(dst + w, bytes[b], 4);  // the unused bytes are overwritten next
-        } else if (cap - w >= len) {
-            std::memcpy(dst + w, bytes[b], len);
-        } else {
-            status = osl::platform::IcuStatus::noSpace;
-            break;
-        }
-        w += len;
-        ++i;
-    }
-    consumed = i;
-    written = w;
-    return status;
-}
-
-// UTF-8 -> single-byte code page; stops at anything but a mapped 1- to 3-byte character.
-osl::platform::IcuStatus toSingleByte(const SingleByteTables& t, const char* src, size_t n, char* dst, size_t cap,
-                                      size_t& consumed, size_t& written) {
-    const auto* s = reinterpret_cast<const unsigned char*>(src);
-    const int16_t* fromBmp = t.fromBmp.data();
-    const bool ascii = t.asciiIdentity;
-    size_t i = consumed, w = written;
-    auto status = osl::platform::IcuStatus::ok;
-    // Blocks: eight ASCII bytes copied at once, else up to 32 characters of one to three bytes
-    // looked up without further room checks; anything else is left to the loop below.
-    while (n - i >= 16 && cap - w >= 32) {
-        if (ascii && asciiWord(src + i)) {
-            std::memcpy(dst + w, src + i, 8);
-            i += 8;
-            w += 8;
-            continue;
-        }
-        int k = 0;
-        for (; k < 32 && n - i >= 3; ++k) {  // a character takes at most three bytes
-            uint8_t b = s[i];
-            int16_t v;
-            if (b < 0x80) {
-                v = ascii ? static_cast<int16_t>(b) : fromBmp[b];
-                if (v < 0) break;
-                ++i;
-            } else if (b >= 0xC2 && b < 0xE0 && (s[i + 1] & 0xC0) == 0x80) {
-                v = fromBmp[((b & 0x1Fu) << 6) | (s[i + 1] & 0x3Fu)];
-                if (v < 0) break;
-                i += 2;
-            } else if (b >= 0xE0 && b < 0xF0 && (s[i + 1] & 0xC0) == 0x80 && (s[i + 2] & 0xC0) == 0x80 &&
-                       !(b == 0xE0 && s[i + 1] < 0xA0) && !(b == 0xED && s[i + 1] > 0x9F)) {
-                v = fromBmp[((b & 0x0Fu) << 12) | ((s[i + 1] & 0x3Fu) << 6) | (s[i + 2] & 0x3Fu)];
-                if (v < 0) break;
-                i += 3;
-            } else {
-                break;
-            }
-            dst[w++] = static_cast<char>(v);
-        }
-        if (k == 0) break;  // the loop below stops there too
-    }
-    while (i < n) {
-        uint8_t b = s[i];
-        uint32_t c;
-        size_t len;
-        if (b < 0x80) {
-            if (ascii && n - i >= 8 && cap - w >= 8 && asciiWord(src + i)) {
-                std::memcpy(dst + w, src + i, 8);
-                i += 8;
-                w += 8;
-                continue;
-            }
-            c = b;
-            len = 1;
-        } else if (b >= 0xC2 && b < 0xE0 && n - i >= 2 && (s[i + 1] & 0xC0) == 0x80) {
-            c = ((b & 0x1Fu) << 6) | (s[i + 1] & 0x3Fu);
-            len = 2;
-        } else if (b >= 0xE0 && b < 0xF0 && n - i >= 3 && (s[i + 1] & 0xC0) == 0x80 && (s[i + 2] & 0xC0) == 0x80 &&
-                   !(b == 0xE0 && s[i + 1] < 0xA0) && !(b == 0xED && s[i + 1] > 0x9F)) {
-            c = ((b & 0x0Fu) << 12) | ((s[i + 1] & 0x3Fu) << 6) | (s[i + 2] & 0x3Fu);
-            len = 3;
-        } else {
-            status = osl::platform::IcuStatus::failed;
-            break;
-        }
-        int16_t v = fromBmp[c];
-        if (v < 0) {
-            status = osl::platform::IcuStatus::failed;
-            break;
-        }
-        if (w == cap) {
-            status = osl::platform::IcuStatus::noSpace;
-            break;
-        }
-        dst[w++] = static_cast<char>(v);
-        i += len;
-    }
-    consumed = i;
-    written = w;
-    return status;
-}
-
+// Neither form fills its buffer first: the conversion writes what counts.
 template <class D, class F>
 ConversionRC allocating(size_t capacity, D** dst, size_t& dstLen, F convert) {
-    auto buffer = std::make_unique<D[]>(capacity);
+    std::unique_ptr<D[]> buffer(new D[capacity]);
     dstLen = capacity;
     ConversionRC rc = convert(buffer.get(), dstLen);
     *dst = buffer.release();
     return rc;
 }
 
-template <class DStr, class F>
-ConversionRC viaBuffer(DStr& dst, F convert) {
-    typename DStr::value_type* buffer = nullptr;
-    size_t length = 0;
-    ConversionRC rc = convert(&buffer, length);
-    if (buffer != nullptr) {
-        dst.assign(buffer, length);
-        delete[] buffer;
+// Converts straight into the string; a source that is the string itself is copied first.
+template <class S, class DStr, class F>
+ConversionRC intoString(const S& src, DStr& dst, size_t capacity, F convert) {
+    if (static_cast<const void*>(&src) == static_cast<const void*>(&dst)) {
+        const S copy = src;
+        return intoString(copy, dst, capacity, convert);
     }
+    dst.resize(capacity);
+    size_t length = capacity;
+    ConversionRC rc = convert(src, dst.data(), length);
+    dst.resize(std::min(length, capacity));
     return rc;
 }
 
@@ -251,13 +73,49 @@ const unsigned char Osl_UnicodeConverter::kTrailing[256] = {
     // E0-EF, F0-F7, F8-FB, FC-FF
     2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 3, 3, 3, 3, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5};
 
+namespace {
+
+// What a pair of encodings needs, worked out once per process and pair: asking the records
+// and ICU's names again for every converter made on the stack cost more than short conversions.
+struct Route {
+    std::string fromConverter, toConverter;
+    const osl::detail::SingleByteTables* toUtf8 = nullptr;    // source single-byte, destination UTF-8
+    const osl::detail::SingleByteTables* fromUtf8 = nullptr;  // source UTF-8, destination single-byte
+    bool identity = false;  // both sides are one converter: bytes go through
+    bool utf8 = false;      // ... and it is UTF-8
+    bool dbcs = false;      // the source has shift bytes 0x0E/0x0F
+};
+
+const Route& routeFor(const std::string& fromName, const std::string& toName) {
+    static std::mutex lock;  // guards routes
+    static auto* routes = new std::map<std::pair<std::string, std::string>, const Route*>;
+    {
+        std::lock_guard<std::mutex> guard(lock);
+        if (auto it = routes->find({fromName, toName}); it != routes->end()) return *it->second;
+    }
+    Osl_UnicodeConfiguration* conf = Osl_UnicodeConfiguration::Instance();
+    auto route = std::make_unique<Route>();
+    route->fromConverter = conf->GetConverterName(fromName);
+    route->toConverter = conf->GetConverterName(toName);
+    const std::string from = osl::platform::icuCanonicalConverterName(route->fromConverter);
+    const std::string to = osl::platform::icuCanonicalConverterName(route->toConverter);
+    if (from.empty() || to.empty())
+        throw QIBError("Cannot create a GCLocale for the encoding " + (from.empty() ? fromName : toName), 98, 12,
+                       "strings/src/unicode_configuration", 583);
+    route->identity = from == to;
+    route->utf8 = route->identity && from == "UTF-8";
+    route->dbcs = conf->IsDBCSEncoding(fromName);
+    if (to == "UTF-8") route->toUtf8 = osl::detail::singleByteTables(route->fromConverter);
+    if (from == "UTF-8") route->fromUtf8 = osl::detail::singleByteTables(route->toConverter);
+    std::lock_guard<std::mutex> guard(lock);
+    return *routes->emplace(std::make_pair(fromName, toName), route.release()).first->second;
+}
+}  // namespace
+
 struct Osl_UnicodeConverter::BufferConverter {
-    osl::platform::IcuConversion conversion;
-    const SingleByteTables* toUtf8 = nullptr;    // source is a single-byte code page, destination UTF-8
-    const SingleByteTables* fromUtf8 = nullptr;  // source is UTF-8, destination a single-byte code page
-    bool identity = false;                       // both sides are one converter: bytes go through
-    bool dbcs = false;                           // source has shift bytes 0x0E/0x0F
-    bool shiftOpen = false;                      // inside a shift-out run at the end of the last call
+    const Route* route = nullptr;
+    std::unique_ptr<osl::platform::IcuConversion> conversion;  // opened when the tables do not do
+    bool shiftOpen = false;  // the source consumed so far ends inside a shift-out run
 };
 
 Osl_UnicodeConverter::Osl_UnicodeConverter() { Init(); }
@@ -286,29 +144,17 @@ ConversionRC Osl_UnicodeConverter::convertCodePage(bool toTarget, const char* sr
     if (buffer_ && direction_ != (toTarget ? 1 : 0)) buffer_.reset();
     direction_ = toTarget ? 1 : 0;
     if (!buffer_) {
-        Osl_UnicodeConfiguration* conf = Osl_UnicodeConfiguration::Instance();
-        const std::string& fromName = toTarget ? current_ : target_;
-        const std::string& toName = toTarget ? target_ : current_;
-        std::string fromConverter = conf->GetConverterName(fromName);
-        std::string toConverter = conf->GetConverterName(toName);
         auto buffer = std::make_unique<BufferConverter>();
-        if (!buffer->conversion.open(fromConverter, toConverter)) {
-            const std::string& bad =
-                osl::platform::icuCanonicalConverterName(fromConverter).empty() ? fromName : toName;
-            throw QIBError("Cannot create a GCLocale for the encoding " + bad, 98, 12,
-                           "strings/src/unicode_configuration", 583);
-        }
-        buffer->identity = osl::platform::icuCanonicalConverterName(fromConverter) ==
-                           osl::platform::icuCanonicalConverterName(toConverter);
-        buffer->dbcs = conf->IsDBCSEncoding(fromName);
-        if (isUtf8Converter(toConverter)) buffer->toUtf8 = singleByteTables(fromConverter);
-        if (isUtf8Converter(fromConverter)) buffer->fromUtf8 = singleByteTables(toConverter);
+        buffer->route = &routeFor(toTarget ? current_ : target_, toTarget ? target_ : current_);
         buffer_ = std::move(buffer);
     }
     BufferConverter& bc = *buffer_;
+    const Route& route = *bc.route;
     const size_t capacity = dst == nullptr ? 0 : dstLen;
-    if (bc.identity) {  // a UTF-8 file name to a UTF-8 file system keeps every byte
+    if (route.identity) {  // a UTF-8 file name to a UTF-8 file system keeps every byte
         size_t n = std::min(srcLen, capacity);
+        if (route.utf8 && n < srcLen)  // whole characters only
+            while (n > 0 && (static_cast<unsigned char>(src[n]) & 0xC0) == 0x80) --n;
         if (n > 0) std::memcpy(dst, src, n);
         handled_ = static_cast<int>(n);
         dstLen = n;
@@ -318,56 +164,56 @@ ConversionRC Osl_UnicodeConverter::convertCodePage(bool toTarget, const char* sr
     }
 
     // Double-byte EBCDIC: each shift byte keeps a column as a blank (SO -> 40 0E, SI -> 0F 40, an
-    // empty run 0E 0F -> 40 40); a run left open by the last call is reopened first.
+    // empty run 0E 0F -> 40 40); a run left open by the source consumed so far is reopened first.
+    // The state moves on only with the source that is consumed.
     std::vector<char> work;
     std::vector<size_t> workEnd;  // for each source byte: the working length after it
     const char* from = src;
     size_t fromLen = srcLen;
-    if (bc.dbcs) {
-        size_t shifts = 0;
-        for (size_t i = 0; i < srcLen; ++i)
-            if (src[i] == 0x0E || src[i] == 0x0F) ++shifts;
-        if (shifts > 0 || bc.shiftOpen) {
-            work.reserve(srcLen + shifts + 1);
-            workEnd.resize(srcLen);
-            if (bc.shiftOpen) work.push_back(0x0E);
-            for (size_t i = 0; i < srcLen; ++i) {
-                char b = src[i];
-                if (b == 0x0E && i + 1 < srcLen && src[i + 1] == 0x0F) {
-                    work.push_back(0x40);
-                    workEnd[i] = work.size();
-                    work.push_back(0x40);
-                    workEnd[++i] = work.size();
-                    continue;
-                }
-                if (b == 0x0E) {
-                    work.push_back(0x40);
-                    work.push_back(0x0E);
-                    bc.shiftOpen = true;
-                } else if (b == 0x0F) {
-                    work.push_back(0x0F);
-                    work.push_back(0x40);
-                    bc.shiftOpen = false;
-                } else {
-                    work.push_back(b);
-                }
+    if (route.dbcs && (bc.shiftOpen || std::memchr(src, 0x0E, srcLen) != nullptr ||
+                       std::memchr(src, 0x0F, srcLen) != nullptr)) {
+        work.reserve(srcLen + srcLen / 2 + 1);
+        workEnd.resize(srcLen);
+        if (bc.shiftOpen) work.push_back(0x0E);
+        for (size_t i = 0; i < srcLen; ++i) {
+            char b = src[i];
+            if (b == 0x0E && i + 1 < srcLen && src[i + 1] == 0x0F) {
+                work.push_back(0x40);
                 workEnd[i] = work.size();
+                work.push_back(0x40);
+                workEnd[++i] = work.size();
+                continue;
             }
-            from = work.data();
-            fromLen = work.size();
+            if (b == 0x0E) {
+                work.push_back(0x40);
+                work.push_back(0x0E);
+            } else if (b == 0x0F) {
+                work.push_back(0x0F);
+                work.push_back(0x40);
+            } else {
+                work.push_back(b);
+            }
+            workEnd[i] = work.size();
         }
+        from = work.data();
+        fromLen = work.size();
     }
 
     size_t consumed = 0, written = 0;
     osl::platform::IcuStatus status = osl::platform::IcuStatus::failed;
-    if (bc.toUtf8 != nullptr || bc.fromUtf8 != nullptr) {
-        status = bc.toUtf8 != nullptr ? fromSingleByte(*bc.toUtf8, from, fromLen, dst, capacity, consumed, written)
-                                      : toSingleByte(*bc.fromUtf8, from, fromLen, dst, capacity, consumed, written);
-    }
+    if (route.toUtf8 != nullptr)
+        status = osl::detail::fromSingleByte(*route.toUtf8, from, fromLen, dst, capacity, consumed, written);
+    else if (route.fromUtf8 != nullptr)
+        status = osl::detail::toSingleByte(*route.fromUtf8, from, fromLen, dst, capacity, consumed, written);
     if (status == osl::platform::IcuStatus::failed) {  // the rest (or all) through ICU
+        if (!bc.conversion) {
+            bc.conversion = std::make_unique<osl::platform::IcuConversion>();
+            if (!bc.conversion->open(route.fromConverter, route.toConverter)) bc.conversion.reset();
+        }
         size_t more = 0, moreWritten = 0;
-        status = bc.conversion.convert(from + consumed, fromLen - consumed, dst + written, capacity - written, more,
-                                       moreWritten);
+        if (bc.conversion)
+            status = bc.conversion->convert(from + consumed, fromLen - consumed, dst + written, capacity - written,
+                                            more, moreWritten);
         consumed += more;
         written += moreWritten;
     }
@@ -375,6 +221,12 @@ ConversionRC Osl_UnicodeConverter::convertCodePage(bool toTarget, const char* sr
         size_t original = 0;
         while (original < srcLen && workEnd[original] <= consumed) ++original;
         consumed = original;
+        for (size_t i = consumed; i-- > 0;) {
+            if (src[i] == 0x0E || src[i] == 0x0F) {
+                bc.shiftOpen = src[i] == 0x0E;
+                break;
+            }
+        }
     }
     handled_ = static_cast<int>(consumed);
     dstLen = written;
@@ -401,8 +253,8 @@ ConversionRC Osl_UnicodeConverter::ConvertTargetEncodingtoCurrentEncoding(const 
     });
 }
 ConversionRC Osl_UnicodeConverter::ConvertTargetEncodingtoCurrentEncoding(const std::string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) {
-        return ConvertTargetEncodingtoCurrentEncoding(src.data(), src.size(), d, l);
+    return intoString(src, dst, 4 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertTargetEncodingtoCurrentEncoding(s.data(), s.size(), d, l);
     });
 }
 
@@ -417,8 +269,8 @@ ConversionRC Osl_UnicodeConverter::ConvertCurrentEncodingtoTargetEncoding(const 
     });
 }
 ConversionRC Osl_UnicodeConverter::ConvertCurrentEncodingtoTargetEncoding(const std::string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) {
-        return ConvertCurrentEncodingtoTargetEncoding(src.data(), src.size(), d, l);
+    return intoString(src, dst, 4 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertCurrentEncodingtoTargetEncoding(s.data(), s.size(), d, l);
     });
 }
 
@@ -433,7 +285,9 @@ ConversionRC Osl_UnicodeConverter::ConvertUTF8toCurrentEncoding(const char* src,
                       [&](char* d, size_t& l) { return ConvertUTF8toCurrentEncoding(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toCurrentEncoding(const std::string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) { return ConvertUTF8toCurrentEncoding(src.data(), src.size(), d, l); });
+    return intoString(src, dst, 4 * src.size() + 4, [&](const auto& s, char* d, size_t& l) {
+        return ConvertUTF8toCurrentEncoding(s.data(), s.size(), d, l);
+    });
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertCurrentEncodingtoUTF8(const char* src, size_t srcLen, char* dst,
@@ -447,7 +301,9 @@ ConversionRC Osl_UnicodeConverter::ConvertCurrentEncodingtoUTF8(const char* src,
                       [&](char* d, size_t& l) { return ConvertCurrentEncodingtoUTF8(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertCurrentEncodingtoUTF8(const std::string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) { return ConvertCurrentEncodingtoUTF8(src.data(), src.size(), d, l); });
+    return intoString(src, dst, 3 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertCurrentEncodingtoUTF8(s.data(), s.size(), d, l);
+    });
 }
 
 // --- UCS-2 and UTF-8 -------------------------------------------------------------------------
@@ -463,7 +319,9 @@ ConversionRC Osl_UnicodeConverter::ConvertUCS2toUTF8(const char16_t* src, size_t
     return allocating(3 * srcLen + 1, dst, dstLen, [&](char* d, size_t& l) { return ConvertUCS2toUTF8(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertUCS2toUTF8(const std::u16string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) { return ConvertUCS2toUTF8(src.data(), src.size(), d, l); });
+    return intoString(src, dst, 3 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertUCS2toUTF8(s.data(), s.size(), d, l);
+    });
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toUCS2(const char* src, size_t srcLen, char16_t* dst, size_t& dstLen) {
@@ -477,7 +335,9 @@ ConversionRC Osl_UnicodeConverter::ConvertUTF8toUCS2(const char* src, size_t src
     return allocating(srcLen + 1, dst, dstLen, [&](char16_t* d, size_t& l) { return ConvertUTF8toUCS2(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toUCS2(const std::string& src, std::u16string& dst) {
-    return viaBuffer(dst, [&](char16_t** d, size_t& l) { return ConvertUTF8toUCS2(src.data(), src.size(), d, l); });
+    return intoString(src, dst, src.size() + 1, [&](const auto& s, char16_t* d, size_t& l) {
+        return ConvertUTF8toUCS2(s.data(), s.size(), d, l);
+    });
 }
 
 // --- visual form -----------------------------------------------------------------------------
@@ -525,7 +385,9 @@ ConversionRC Osl_UnicodeConverter::ConvertVisualtoUTF8(const char* src, size_t s
     return allocating(srcLen + 1, dst, dstLen, [&](char* d, size_t& l) { return ConvertVisualtoUTF8(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertVisualtoUTF8(const std::string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) { return ConvertVisualtoUTF8(src.data(), src.size(), d, l); });
+    return intoString(src, dst, src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertVisualtoUTF8(s.data(), s.size(), d, l);
+    });
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertUCS2toVisual(const char16_t* src, size_t srcLen, char* dst, size_t& dstLen) {
@@ -541,7 +403,9 @@ ConversionRC Osl_UnicodeConverter::ConvertUCS2toVisual(const char16_t* src, size
     return allocating(6 * srcLen + 1, dst, dstLen, [&](char* d, size_t& l) { return ConvertUCS2toVisual(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertUCS2toVisual(const std::u16string& src, std::string& dst) {
-    return viaBuffer(dst, [&](char** d, size_t& l) { return ConvertUCS2toVisual(src.data(), src.size(), d, l); });
+    return intoString(src, dst, 6 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
+        return ConvertUCS2toVisual(s.data(), s.size(), d, l);
+    });
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertVisualtoUCS2(const char* src, size_t srcLen, char16_t* dst, size_t& dstLen) {
@@ -555,7 +419,9 @@ ConversionRC Osl_UnicodeConverter::ConvertVisualtoUCS2(const char* src, size_t s
     return allocating((srcLen / 3) * 2, dst, dstLen, [&](char16_t* d, size_t& l) { return ConvertVisualtoUCS2(src, srcLen, d, l); });
 }
 ConversionRC Osl_UnicodeConverter::ConvertVisualtoUCS2(const std::string& src, std::u16string& dst) {
-    return viaBuffer(dst, [&](char16_t** d, size_t& l) { return ConvertVisualtoUCS2(src.data(), src.size(), d, l); });
+    return intoString(src, dst, (src.size() / 3) * 2, [&](const auto& s, char16_t* d, size_t& l) {
+        return ConvertVisualtoUCS2(s.data(), s.size(), d, l);
+    });
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toVisual(const Osl_UTF8String& src, Osl_VisualString& dst) {
@@ -643,7 +509,7 @@ const std::string& Osl_UnicodeConverter::GetLocaleUTF8() {
     // Case mapping and typing of UTF-8 follow the language-neutral rules of ICU's root locale.
     static const std::string* locale = [] {
         char probe[4];
-        if (osl::platform::icuMapCaseUtf8(true, "", "a", 1, probe, sizeof probe) != 1)
+        if (osl::platform::icuMapCaseUtf8(true, "a", 1, probe, sizeof probe) != 1)
             throw QIBError("cannot create a UTF8 locale", 12, 12, kWhere, 1226);
         return new std::string(".UTF-8");
     }();
@@ -670,17 +536,19 @@ int Osl_UnicodeConverter::GetCharType(EnumCharTypeMode mode, const char* p) {
 
 ConversionRC Osl_UnicodeConverter::mapCase(bool upper, const char* src, size_t srcLen, char* dst, size_t& dstLen) {
     (void)GetLocaleUTF8();
-    int64_t n = osl::platform::icuMapCaseUtf8(upper, "", src, srcLen, dst, dst == nullptr ? 0 : dstLen);
-    if (n < 0) {
-        dstLen = 0;
+    const size_t capacity = dst == nullptr ? 0 : dstLen;
+    int64_t n = osl::platform::icuMapCaseUtf8(upper, src, srcLen, dst, capacity);
+    const auto mapped = static_cast<size_t>(n);
+    if (n < 0 || mapped != srcLen) {  // a mapping that did not fit leaves nothing to show
+        dstLen = n < 0 || mapped > capacity ? 0 : mapped;
         return ConversionIllegal;
     }
-    if (static_cast<size_t>(n) > dstLen || dst == nullptr) {
-        dstLen = static_cast<size_t>(n);
+    if (mapped > capacity) {
+        dstLen = 0;
         return ConversionNoSpace;
     }
-    dstLen = static_cast<size_t>(n);
-    return static_cast<size_t>(n) == srcLen ? ConversionOK : ConversionIllegal;
+    dstLen = mapped;
+    return ConversionOK;
 }
 
 ConversionRC Osl_UnicodeConverter::ToUpperUTF8(const char* src, size_t srcLen, char* dst, size_t& dstLen) {

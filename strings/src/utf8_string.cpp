@@ -10,11 +10,13 @@
 
 #include "strings/src/utf_transform.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -24,12 +26,6 @@ bool unicodeMode() { return Osl_UnicodeConfiguration::IsUnicodeMode(); }
 
 inline size_t stepFrom(const char* data, size_t i) {
     return static_cast<size_t>(Osl_UnicodeConverter::GetNextCharUTF8(data + i) - data);
-}
-
-inline bool asciiWord(const char* p) {
-    uint64_t word;
-    std::memcpy(&word, p, 8);
-    return (word & 0x8080808080808080ULL) == 0;
 }
 
 // Steps from byte i towards limit (at most the length), counting characters; stops at the first
@@ -44,7 +40,7 @@ inline size_t countSteps(const char* data, size_t& i, size_t limit) {
                 i += b < 0xC0 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : b < 0xF8 ? 4 : b < 0xFC ? 5 : 6;
                 ++count;
             } while (i < limit && (b = s[i]) >= 0x80);
-        } else if (limit - i >= 8 && asciiWord(data + i)) {
+        } else if (limit - i >= 8 && osl::detail::asciiWord(data + i)) {
             i += 8;
             count += 8;
         } else {
@@ -118,20 +114,115 @@ void mapUnicode(std::string& s, bool upper) {
     s = std::move(out);
 }
 
+
+// What a conversion of Osl_UTF8String puts for a character the other side lacks.
+constexpr char kUtf8Replacement[] = "\xEF\xBF\xBD";  // U+FFFD
+
+size_t skipUtf8(const char* p, size_t n) {
+    size_t len = 1;
+    osl::detail::decodeUtf8(p, n, len);
+    return std::min(len, n);
+}
+
+// Converts the whole source: where `convert` stops at a character it cannot take (or a cut one at
+// the end), the replacement goes in its place and the conversion goes on behind it. convert
+// gives the result code and the exact source consumed.
+template <class Out, class Unit, class Skip, class Convert>
+Out convertReplacing(const Unit* src, size_t n, size_t factor, const Out& replacement, Skip skip, Convert convert) {
+    Out out;
+    size_t at = 0;
+    while (at < n) {
+        const size_t before = out.size();
+        const size_t capacity = factor * (n - at) + 4;
+        out.resize(before + capacity);
+        size_t length = capacity;
+        auto [rc, handled] = convert(src + at, n - at, out.data() + before, length);
+        out.resize(before + std::min(length, capacity));
+        at += std::min(handled, n - at);
+        if (rc == ConversionOK || at >= n) break;
+        if (rc == ConversionNoSpace) {
+            if (handled == 0) break;  // cannot happen with this capacity; never loop on it
+            continue;
+        }
+        out += replacement;
+        at += skip(src + at, n - at);
+    }
+    return out;
+}
+
+// UTF-8 to a legacy encoding; a character it lacks becomes the encoding's question mark.
+std::string utf8ToEncoding(const std::string& utf8, const std::string& encoding) {
+    Osl_UnicodeConverter converter;
+    converter.SetCurrentEncoding(encoding);
+    std::string question;
+    if (converter.ConvertUTF8toCurrentEncoding(std::string("?"), question) != ConversionOK) question = "?";
+    return convertReplacing<std::string>(utf8.data(), utf8.size(), 4, question, skipUtf8,
+                                         [&](const char* p, size_t n, char* d, size_t& l) {
+                                             ConversionRC rc = converter.ConvertUTF8toCurrentEncoding(p, n, d, l);
+                                             return std::make_pair(rc, static_cast<size_t>(converter.GetHandledLength()));
+                                         });
+}
+
+// The order of UTF-16 code units, extended to any bytes so that it stays a strict weak order
+// consistent with byte equality: a valid character weighs as its UTF-16 units compare, an
+// invalid byte weighs after every character and by its value. Each weight stands for exactly
+// one byte sequence, so equal weights mean equal bytes.
+inline uint32_t weightAt(const unsigned char* s, size_t n, size_t& len) {
+    if (s[0] < 0x80) {
+        len = 1;
+        return s[0];
+    }
+    const int32_t c = osl::detail::decodeUtf8(reinterpret_cast<const char*>(s), n, len);
+    if (c < 0) return 0x200000u + s[0];                                  // len is 1
+    const auto u = static_cast<uint32_t>(c);
+    if (u >= 0x10000) return 0xD800u + (u - 0x10000u);                  // surrogate pairs sort here
+    if (u >= 0xD800 && u <= 0xDFFF) return 0x110000u + u;              // encoded lone surrogates
+    if (u >= 0xE000) return u + 0x100000u;                              // after the pairs
+    return u;
+}
+
+int compareUnicode(const std::string& a, const std::string& b) {
+    const size_t n = std::min(a.size(), b.size());
+    const size_t m = static_cast<size_t>(std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(n), b.begin()).first -
+                                          a.begin());  // the first differing byte
+    if (m == a.size() || m == b.size()) return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+    // Back to the start of the character holding byte m: a lead byte at most three bytes back
+    // starts one in both texts; without one, m itself starts one.
+    size_t i = m;
+    for (size_t back = 1; back <= 3 && back <= m; ++back) {
+        if ((static_cast<unsigned char>(a[m - back]) & 0xC0) != 0x80) {
+            i = m - back;
+            break;
+        }
+    }
+    const auto* pa = reinterpret_cast<const unsigned char*>(a.data());
+    const auto* pb = reinterpret_cast<const unsigned char*>(b.data());
+    size_t ia = i, ib = i;
+    while (ia < a.size() && ib < b.size()) {
+        size_t la = 1, lb = 1;
+        const uint32_t wa = weightAt(pa + ia, a.size() - ia, la);
+        const uint32_t wb = weightAt(pb + ib, b.size() - ib, lb);
+        if (wa != wb) return wa < wb ? -1 : 1;
+        ia += la;
+        ib += lb;
+    }
+    return ia < a.size() ? 1 : (ib < b.size() ? -1 : 0);
+}
 }  // namespace
 
 Osl_UTF8String::Osl_UTF8String(const std::u16string& s) {
     Osl_UnicodeConverter converter;
-    std::string utf8;
-    converter.ConvertUCS2toUTF8(s, utf8);
+    std::string utf8 = convertReplacing<std::string>(
+        s.data(), s.size(), 3, std::string(kUtf8Replacement), [](const char16_t*, size_t) { return size_t{1}; },
+        [&](const char16_t* p, size_t n, char* d, size_t& l) {
+            ConversionRC rc = converter.ConvertUCS2toUTF8(p, n, d, l);
+            return std::make_pair(rc, static_cast<size_t>(converter.GetHandledLength()));
+        });
     if (unicodeMode()) {
         std::string::operator=(std::move(utf8));
         return;
     }
-    converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetCurrentEncoding());
-    std::string legacy;
-    converter.ConvertUTF8toCurrentEncoding(utf8, legacy);
-    std::string::operator=(std::move(legacy));
+    std::string::operator=(utf8ToEncoding(utf8, Osl_UnicodeConfiguration::GetCurrentEncoding()));
 }
 
 Osl_UTF8String::Osl_UTF8String(const char16_t* s)
@@ -252,34 +343,34 @@ void Osl_UTF8String::ToLower() { ToLower2(*this); }
 
 std::u16string Osl_UTF8String::ToWString() const {
     Osl_UnicodeConverter converter;
-    std::u16string wide;
-    if (unicodeMode()) {
-        converter.ConvertUTF8toUCS2(*this, wide);
-        return wide;
+    std::string legacyAsUtf8;
+    const std::string* utf8 = this;
+    if (!unicodeMode()) {
+        converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetCurrentEncoding());
+        legacyAsUtf8 = convertReplacing<std::string>(
+            data(), size(), 3, std::string(kUtf8Replacement), [](const char*, size_t) { return size_t{1}; },
+            [&](const char* p, size_t n, char* d, size_t& l) {
+                ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(p, n, d, l);
+                return std::make_pair(rc, static_cast<size_t>(converter.GetHandledLength()));
+            });
+        utf8 = &legacyAsUtf8;
     }
-    converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetCurrentEncoding());
-    std::string utf8;
-    converter.ConvertCurrentEncodingtoUTF8(*this, utf8);
-    converter.ConvertUTF8toUCS2(utf8, wide);
-    return wide;
+    return convertReplacing<std::u16string>(
+        utf8->data(), utf8->size(), 1, std::u16string(1, u'\uFFFD'), skipUtf8,
+        [&](const char* p, size_t n, char16_t* d, size_t& l) {
+            ConversionRC rc = converter.ConvertUTF8toUCS2(p, n, d, l);
+            return std::make_pair(rc, static_cast<size_t>(converter.GetHandledLength()));
+        });
 }
 
 std::string Osl_UTF8String::ToCurrentFSEncoding() const {
     if (!unicodeMode()) return *this;
-    Osl_UnicodeConverter converter;
-    converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding());
-    std::string out;
-    converter.ConvertUTF8toCurrentEncoding(*this, out);
-    return out;
+    return utf8ToEncoding(*this, Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding());
 }
 
 std::string Osl_UTF8String::ToCurrentSystemEncoding() const {
     if (!unicodeMode()) return *this;
-    Osl_UnicodeConverter converter;
-    converter.SetCurrentEncoding(Osl_UnicodeConfiguration::GetCurrentEncoding());
-    std::string out;
-    converter.ConvertUTF8toCurrentEncoding(*this, out);
-    return out;
+    return utf8ToEncoding(*this, Osl_UnicodeConfiguration::GetCurrentEncoding());
 }
 
 bool operator==(const Osl_UTF8String& a, const Osl_UTF8String& b) { return a.ToString() == b.ToString(); }
@@ -288,14 +379,11 @@ bool operator==(const Osl_UTF8String& a, const char* b) { return a.ToString() ==
 bool operator!=(const Osl_UTF8String& a, const char* b) { return !(a == b); }
 
 bool operator<(const Osl_UTF8String& a, const Osl_UTF8String& b) {
-    if (Osl_UnicodeConfiguration::IsUnicodeMode()) return a.ToWString() < b.ToWString();
+    if (Osl_UnicodeConfiguration::IsUnicodeMode()) return compareUnicode(a, b) < 0;
     return a.compare(b) < 0;
 }
 
-bool operator>(const Osl_UTF8String& a, const Osl_UTF8String& b) {
-    if (Osl_UnicodeConfiguration::IsUnicodeMode()) return a.ToWString() > b.ToWString();
-    return a.compare(b) > 0;
-}
+bool operator>(const Osl_UTF8String& a, const Osl_UTF8String& b) { return b < a; }
 
 std::ostream& operator<<(std::ostream& out, const Osl_UTF8String& s) {
     return out.write(s.data(), static_cast<std::streamsize>(s.size()));

@@ -66,9 +66,7 @@ int utf8ToUtf16Impl(const char* src, size_t srcLen, char16_t* dst, size_t dstCap
         uint8_t b = *s;
         if (b < 0x80) {
             if (end - s >= 8 && (kRoomy || dend - d >= 8)) {
-                uint64_t word;
-                std::memcpy(&word, s, 8);
-                if ((word & 0x8080808080808080ULL) == 0) {
+                if (asciiWord(s)) {
                     for (int i = 0; i < 8; ++i) d[i] = s[i];
                     s += 8;
                     d += 8;

@@ -1,12 +1,29 @@
 // strings/src/utf_transform.h
 // The built-in UTF-16 <-> UTF-8 transformation, lenient: unpaired surrogates are carried over in
-// both directions (as 3-byte sequences in UTF-8). Results are ConversionRC values.
+// both directions (as 3-byte sequences in UTF-8). Results are ConversionRC values. With the
+// small byte helpers the strings code shares.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <string>
 
 namespace osl::detail {
+
+/// ASCII case folding: the one helper for names compared without regard to ASCII case.
+inline char asciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+inline std::string lowered(std::string s) {
+    for (char& c : s) c = asciiLower(c);
+    return s;
+}
+
+/// True when the eight bytes at p are all ASCII: the one word-at-a-time test of the strings code.
+inline bool asciiWord(const void* p) {
+    uint64_t word;
+    std::memcpy(&word, p, 8);
+    return (word & 0x8080808080808080ULL) == 0;
+}
 
 /// 0, -1 (the source ends inside a character), -2 (illegal source) or -3 (destination full).
 /// consumed and written count source and destination units up to the last whole character.

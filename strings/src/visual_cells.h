@@ -4,6 +4,7 @@
 // FF FF FF when it is two columns wide. Shared by the converter and Osl_VisualString.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -69,8 +70,8 @@ inline size_t utf8StepOf(unsigned char b) {
 }
 
 /// Walks UTF-8 text as the visual conversion does: every character of 1 to 3 bytes that ends
-/// inside the text becomes its cells; any other character ends the walk, and the text counts as
-/// handled up to the end. Writes the cells to dst when it is not null, stopping before a
+/// inside the text becomes its cells; any other character ends the walk, its bytes counted as
+/// handled. Writes the cells to dst when it is not null, stopping before a
 /// character whose cells do not fit in cap. Returns the bytes of cells; handled and full tell
 /// the source walked and whether dst ran out of room.
 inline size_t utf8ToCells(const char* src, size_t n, char* dst, size_t cap, size_t& handled, bool& full) {
@@ -80,7 +81,7 @@ inline size_t utf8ToCells(const char* src, size_t n, char* dst, size_t cap, size
     while (i < n) {
         const size_t len = utf8StepOf(s[i]);
         if (len > 3 || len > n - i) {
-            i = n;
+            i = std::min(i + len, n);
             break;
         }
         if (dst == nullptr) {

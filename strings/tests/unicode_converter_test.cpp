@@ -119,12 +119,13 @@ TEST(UnicodeConverterTest, VisualForm) {
     struct Case {
         std::string utf8;
         std::string visual;
+        int handled;
     } cases[] = {
-        {"a", "\xFE\xFE\x61"},
-        {"\xC3\xA9", "\xFE\xC3\xA9"},
-        {"\xE6\x97\xA5", "\xE6\x97\xA5\xFF\xFF\xFF"},  // wide CJK character
-        {"\xE2\x82\xAC", "\xE2\x82\xAC"},              // narrow 3-byte character
-        {"a\xF0\x9F\x98\x80z", "\xFE\xFE\x61"},        // a 4-byte character ends the conversion
+        {"a", "\xFE\xFE\x61", 1},
+        {"\xC3\xA9", "\xFE\xC3\xA9", 2},
+        {"\xE6\x97\xA5", "\xE6\x97\xA5\xFF\xFF\xFF", 3},  // wide CJK character
+        {"\xE2\x82\xAC", "\xE2\x82\xAC", 3},              // narrow 3-byte character
+        {"a\xF0\x9F\x98\x80" "bcd", "\xFE\xFE\x61", 5},  // a 4-byte character ends the conversion
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(hex(c.utf8));
@@ -132,6 +133,7 @@ TEST(UnicodeConverterTest, VisualForm) {
         std::string visual;
         EXPECT_EQ(converter.ConvertUTF8toVisual(c.utf8, visual), ConversionOK);
         EXPECT_EQ(hex(visual), hex(c.visual));
+        EXPECT_EQ(converter.GetHandledLength(), c.handled);
     }
     Osl_UnicodeConverter converter;
     std::string utf8;
@@ -204,18 +206,6 @@ TEST(UnicodeConverterTest, SingleByteTablesAgreeWithIcuEverywhere) {
             ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << std::hex << c;
             ASSERT_EQ(std::string(out, len), std::string(ref, written)) << std::hex << c;
         }
-        // Whole buffers: every byte, and its UTF-8 back, in one call each.
-        std::vector<char> out(1024), ref(1024);
-        size_t len = out.size(), consumed = 0, written = 0;
-        ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(bytes.data(), bytes.size(), out.data(), len);
-        icuToUtf8.convert(bytes.data(), bytes.size(), ref.data(), ref.size(), consumed, written);
-        ASSERT_EQ(std::string(out.data(), len), std::string(ref.data(), written));
-        std::string utf8(out.data(), len);
-        len = out.size();
-        if (rc == ConversionOK) {
-            EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out.data(), len), ConversionOK);
-            EXPECT_EQ(hex(std::string(out.data(), len)), hex(bytes));
-        }
     }
 }
 
@@ -242,6 +232,45 @@ TEST(UnicodeConverterTest, LegacyTextRoundTripsAndBadInputIsReported) {
     unknown.SetCurrentEncoding("no-such-encoding");
     EXPECT_EQ(unknown.ConvertCurrentEncodingtoUTF8(std::string("\x80\xE9"), out), ConversionOK);
     EXPECT_EQ(out, "\xC2\x80\xC3\xA9");
+}
+
+// A caller that goes on from the handled length after -3 gets the same text as one call: the
+// handled length is exactly the source of the output, on the table and the ICU paths alike.
+TEST(UnicodeConverterTest, ResumingAtTheHandledLengthLosesNothing) {
+    osl::test::ScopedUnicodeMode mode(false, "MS1252");
+    const std::string kanji = "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", mixed = "ab" + kanji + "12";
+    std::string text;
+    while (text.size() < 3000) text += mixed;
+    for (const char* encoding : {"MS932", "IBM-939", "MS1252"}) {
+        SCOPED_TRACE(encoding);
+        Osl_UnicodeConverter converter;
+        converter.SetCurrentEncoding(encoding);
+        std::string utf8 = encoding == std::string("MS1252") ? std::string(3000, 'x') + "\xC3\xA9" : text;
+        std::string whole, legacy, back;
+        ASSERT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8, whole), ConversionOK);
+        ASSERT_GT(whole.size(), 2000u);
+        for (bool toUtf8 : {false, true}) {
+            const std::string& src = toUtf8 ? whole : utf8;
+            std::string& out = toUtf8 ? back : legacy;
+            for (size_t at = 0; at < src.size();) {
+                char buffer[100];
+                size_t len = sizeof buffer;
+                ConversionRC rc = toUtf8 ? converter.ConvertCurrentEncodingtoUTF8(src.data() + at, src.size() - at, buffer, len)
+                                         : converter.ConvertUTF8toCurrentEncoding(src.data() + at, src.size() - at, buffer, len);
+                ASSERT_TRUE(rc == ConversionOK || rc == ConversionNoSpace) << rc;
+                ASSERT_GT(converter.GetHandledLength(), 0);
+                out.append(buffer, len);
+                at += static_cast<size_t>(converter.GetHandledLength());
+            }
+        }
+        // Each piece is whole on its own: a double-byte run it ends inside is closed (SI) and
+        // opened again (SO) by the next piece.
+        for (size_t pair; (pair = legacy.find("\x0F\x0E")) != std::string::npos;) legacy.erase(pair, 2);
+        std::string oneBack;
+        ASSERT_EQ(converter.ConvertCurrentEncodingtoUTF8(whole, oneBack), ConversionOK);
+        EXPECT_TRUE(legacy == whole);
+        EXPECT_TRUE(back == oneBack);
+    }
 }
 
 TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
@@ -297,6 +326,22 @@ TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
         split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(0, cut), first);
         split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(cut), second);
         EXPECT_EQ(first + second, head + " " + kanji + " " + tail);
+        // Pieces that end inside a character: the shift state follows only the consumed bytes,
+        // and the caller hands the rest over again with the next piece.
+        for (size_t piece = 1; piece <= 4; ++piece) {
+            Osl_UnicodeConverter pieces;
+            pieces.SetCurrentEncoding(encoding);
+            std::string pending, joined, out;
+            for (size_t at = 0; at < ebcdic.size(); at += piece) {
+                pending += ebcdic.substr(at, piece);
+                ConversionRC rc = pieces.ConvertCurrentEncodingtoUTF8(pending, out);
+                ASSERT_TRUE(rc == ConversionOK || rc == ConversionIllegal);
+                joined += out;
+                pending.erase(0, static_cast<size_t>(pieces.GetHandledLength()));
+            }
+            EXPECT_EQ(pending, "") << piece;
+            EXPECT_EQ(joined, head + " " + kanji + " " + tail) << piece;
+        }
         Osl_UnicodeConverter emptyRun;
         emptyRun.SetCurrentEncoding(encoding);
         std::string emptyInput = ebcdic.substr(0, 1) + "\x0E\x0F" + ebcdic.substr(0, 1);
@@ -317,6 +362,9 @@ TEST(UnicodeConverterTest, CaseMappingAndCharacterTypes) {
     len = sizeof out;  // long s (2 bytes) upper-cases to S (1 byte)
     EXPECT_EQ(converter.ToUpperUTF8("\xC5\xBF", 2, out, len), ConversionIllegal);
     EXPECT_EQ(std::string(out, len), "S");
+    len = 2;  // U+023F (2 bytes) upper-cases to U+2C7E (3 bytes), more than the capacity
+    EXPECT_EQ(converter.ToUpperUTF8("\xC8\xBF", 2, out, len), ConversionIllegal);
+    EXPECT_LE(len, 2u);
 
     {
         osl::test::ScopedUnicodeMode mode(true);

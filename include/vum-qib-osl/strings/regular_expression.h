@@ -13,8 +13,11 @@
 /// The mode is asked when a pattern is compiled: in Unicode mode pattern and subjects are UTF-8
 /// and match character by character (case folding and \w per Unicode); in legacy mode they are
 /// windows-1252 bytes, and ignoring case knows the windows-1252 letters (é/É, š/Š, ÿ/Ÿ ...).
-/// Every position is a byte position of the subject. The object keeps the last subject and is
-/// used by one thread at a time.
+/// Every position is a byte position of the subject. $ matches only at the very end of the
+/// subject and . matches a line feed too; a pattern that wants line anchors starts with (?m),
+/// one that wants . to stop at line feeds with (?-s).
+/// Thread-safety: search, match, groups, group and replace keep the last subject in the object:
+/// one thread at a time per object. Separate objects may be used from separate threads.
 class OSL_API Osl_RegularExpression {
 public:
     /// Start (inclusive) and end (exclusive) byte positions.
@@ -72,6 +75,10 @@ public:
                         bool all = false);
 
 private:
+    friend class WildcardString;
+    /// match(s) over the whole of s, keeping nothing: safe from several threads at once.
+    int matchShared(const std::string& s) const;
+
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

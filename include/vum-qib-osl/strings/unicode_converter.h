@@ -36,7 +36,10 @@ enum EnumCharTypeMode : int {
     CharTypeCategory = 2,
 };
 
-/// A cheap value created on the stack for one conversion or a few; not shared between threads.
+/// A cheap value created on the stack for one conversion or a few.
+///
+/// Thread-safety: one object per thread (it keeps the handled length and the shift state of a
+/// double-byte source); the static members may be called from any thread.
 ///
 /// Each conversion has three forms:
 /// - caller buffer: (src, srcLen, dst, dstLen&): dstLen is the capacity on entry and the amount
@@ -62,7 +65,10 @@ public:
     const std::string& GetCurrentEncoding() const { return current_; }
     const std::string& GetTargetEncoding() const { return target_; }
     void SetErrorHanldlingMode(ErrorHanldlingMode mode) { errorMode_ = mode; }
-    /// Source consumed by the last conversion: bytes, or char16_t units for a UCS-2 source.
+    /// Source consumed by the last conversion: bytes, or char16_t units for a UCS-2 source. It is
+    /// exactly the source that the output represents, so a caller that stopped at -2 or -3 can
+    /// go on from there. Double-byte EBCDIC sources keep their shift state across calls for
+    /// the consumed bytes only: a text converts the same in pieces as in one call.
     int GetHandledLength() const { return handled_; }
 
     /// target -> current; allocating capacity 4n + 1 bytes.
@@ -133,8 +139,10 @@ public:
     /// The character type of the character at p (UTF-8 in Unicode mode, one byte of the current
     /// encoding otherwise); see EnumCharTypeMode.
     int GetCharType(EnumCharTypeMode mode, const char* p);
-    /// Full Unicode case mapping of UTF-8 text. dstLen: capacity in, mapped length out. 0 when the
-    /// mapped length equals srcLen, else -2 (-3 when it did not fit).
+    /// Full Unicode case mapping of UTF-8 text. dstLen: capacity in, mapped length out, never more
+    /// than the capacity. 0 when the mapped length equals srcLen; -2 when it differs (dstLen 0 if
+    /// the mapping did not fit) or the source is illegal; -3 (dstLen 0) when the capacity is
+    /// smaller than srcLen.
     ConversionRC ToUpperUTF8(const char* src, size_t srcLen, char* dst, size_t& dstLen);
     ConversionRC ToLowerUTF8(const char* src, size_t srcLen, char* dst, size_t& dstLen);
 

@@ -12,6 +12,8 @@
 /// mode one byte is one character. Every other member (length, find, substr ...) works on bytes
 /// in both modes. Bytes are not validated on entry. Positions that are not inside the string
 /// throw std::out_of_range("Out of range") where noted.
+/// Thread-safety: as std::string (const members from several threads at once, a change needs the
+/// object to itself); the mode is read at each call.
 class OSL_API Osl_UTF8String : public std::string {
 public:
     static constexpr size_t npos = std::string::npos;
@@ -26,7 +28,10 @@ public:
     Osl_UTF8String(const char* s, size_t n) : std::string(s, n) {}
     Osl_UTF8String(size_t n, char c) : std::string(n, c) {}
     /// From UTF-16: UTF-8 in Unicode mode; in legacy mode converted on to the current encoding.
-    /// Conversion failures are not reported: whatever was converted is kept.
+    /// Conversions of this class never cut a text short: a character the target lacks becomes
+    /// the target's replacement character ("?" in a legacy encoding, U+FFFD in UTF-8 and
+    /// UTF-16), as does each invalid byte (or unpaired surrogate at the end) of the source, and
+    /// the rest follows. Legacy mode: u"abc日xyz" in windows-1252 is "abc?xyz".
     Osl_UTF8String(const std::u16string& s);
     Osl_UTF8String(const char16_t* s);
 
@@ -73,11 +78,13 @@ public:
     /// mode, the Latin-1/Windows-1252 tables in legacy mode.
     void ToUpper();
     void ToLower();
-    /// UTF-16 of the text (from the current encoding in legacy mode).
+    /// UTF-16 of the text (from the current encoding in legacy mode); replacement as above.
     std::u16string ToWString() const;
-    /// The text in the file-system encoding (Unicode mode), or the bytes (legacy mode).
+    /// The text in the file-system encoding (Unicode mode, replacement as above), or the bytes
+    /// (legacy mode).
     std::string ToCurrentFSEncoding() const;
-    /// The text in the current encoding (Unicode mode), or the bytes (legacy mode).
+    /// The text in the current encoding (Unicode mode, replacement as above), or the bytes
+    /// (legacy mode).
     std::string ToCurrentSystemEncoding() const;
 
 private:
@@ -94,7 +101,10 @@ OSL_API bool operator==(const Osl_UTF8String& a, const Osl_UTF8String& b);
 OSL_API bool operator!=(const Osl_UTF8String& a, const Osl_UTF8String& b);
 OSL_API bool operator==(const Osl_UTF8String& a, const char* b);
 OSL_API bool operator!=(const Osl_UTF8String& a, const char* b);
-/// Unicode mode: UTF-16 code-unit order; legacy mode: byte order.
+/// Unicode mode: UTF-16 code-unit order of the characters, bytes that are not valid UTF-8 after
+/// every character and by value, so that < is a strict weak order that agrees with == (two
+/// strings are equivalent only when their bytes are equal); legacy mode: byte order. Allocates
+/// nothing.
 OSL_API bool operator<(const Osl_UTF8String& a, const Osl_UTF8String& b);
 OSL_API bool operator>(const Osl_UTF8String& a, const Osl_UTF8String& b);
 /// Writes the bytes unchanged.

@@ -14,7 +14,11 @@
 /// backslash (0xFF serves as the translation's marker). "*.txt" gives "^.*\.txt$".
 OSL_API void WStringAsRegexp(const std::string& wildcard, Osl_UTF8String& regexp);
 
-/// A wildcard with its translation, compiled in the mode of the process at construction.
+/// A wildcard with its translation, compiled in the mode of the process at construction. The
+/// match covers the whole text: * and ? match line feeds too, and a text with a line feed after
+/// the last character the wildcard names does not match.
+/// Thread-safety: the const members (Match included) may be called from several threads at
+/// once; SetPattern, SetCase and assignment need the object to themselves.
 /// Constructors and SetPattern throw the QIBError of Osl_RegularExpression::pattern when the
 /// translation does not compile (a wildcard such as "{1}", or invalid UTF-8 in Unicode mode).
 class OSL_API WildcardString {
@@ -49,5 +53,5 @@ private:
     bool caseSensitive_;
     Osl_UTF8String pattern_;
     Osl_UTF8String regexp_;
-    mutable Osl_RegularExpression compiled_;  // keeps the last subject: one thread at a time
+    Osl_RegularExpression compiled_;  // matched through its thread-safe const path only
 };

@@ -8,17 +8,20 @@
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 #include "strings/patterns/src/date_format.h"
+#include "strings/src/utf_transform.h"
 
 namespace {
 
-char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+using osl::detail::asciiLower;
 
 bool equalNoCase(const std::string& a, const char* b) {
     std::size_t i = 0;
     for (; i < a.size() && b[i] != '\0'; ++i) {
-        if (lowerAscii(a[i]) != lowerAscii(b[i])) return false;
+        if (asciiLower(a[i]) != asciiLower(b[i])) return false;
     }
     return i == a.size() && b[i] == '\0';
 }
@@ -32,6 +35,21 @@ bool isNameChar(char c) {
 std::size_t headingLength(const std::string& s, std::size_t i) {
     if (i + 1 >= s.size() || s[i] != '%' || s[i + 1] != '%') return 0;
     return (i + 2 < s.size() && s[i + 2] == '$') ? 3 : 2;
+}
+
+// The text with every "%%" and "%%$" taken out, scanning left to right.
+std::string stripHeadings(const std::string& text) {
+    std::string name;
+    name.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t heading = headingLength(text, i);
+        if (heading > 0) {
+            i += heading;
+        } else {
+            name += text[i++];
+        }
+    }
+    return name;
 }
 
 // Length of the variable written at i, else 0. A name never holds '%', so the longest name is
@@ -89,18 +107,13 @@ std::size_t bytePos(const std::string& s, std::size_t column, bool utf8) {
     return s.size();
 }
 
-std::string characterAt(const std::string& s, std::size_t column, bool utf8) {
-    const std::size_t start = bytePos(s, column, utf8);
-    return s.substr(start, bytePos(s, column + 1, utf8) - start);
-}
-
 }  // namespace
 
 bool operator<(const QIBNoCaseString& a, const QIBNoCaseString& b) {
     const std::size_t n = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < n; ++i) {
-        const auto x = static_cast<unsigned char>(lowerAscii(a[i]));
-        const auto y = static_cast<unsigned char>(lowerAscii(b[i]));
+        const auto x = static_cast<unsigned char>(asciiLower(a[i]));
+        const auto y = static_cast<unsigned char>(asciiLower(b[i]));
         if (x != y) return x < y;
     }
     return a.size() < b.size();
@@ -164,9 +177,55 @@ std::string QIBAutoEditString::FlattenSequencedVariable(const std::string& text)
 }
 
 std::string QIBAutoEditString::RecursiveResolve(const std::string& text) {
-    const std::size_t p = text.find('%', 2);
-    if (p == std::string::npos) return ResolveVariable(text);
-    return ResolveVariable(text.substr(0, p) + RecursiveResolve(text.substr(p)));
+    // The variables of the run, left to right: each piece runs up to the next "%" at or after
+    // its third character.
+    std::vector<std::pair<std::size_t, std::size_t>> pieces;
+    bool plain = true;  // every piece ends with a name character
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t next = std::min(text.find('%', at + 2), text.size());
+        pieces.emplace_back(at, next - at);
+        plain = plain && text[next - 1] != '%';
+        at = next;
+    }
+    if (pieces.empty()) return ResolveVariable(text);
+    // Right to left, without recursion: the value so far is appended to the piece on its left.
+    std::string result = ResolveVariable(text.substr(pieces.back().first, pieces.back().second));
+    if (!plain) {
+        for (std::size_t i = pieces.size() - 1; i-- > 0;)
+            result = ResolveVariable(text.substr(pieces[i].first, pieces[i].second) + result);
+        return result;
+    }
+    // Linear form: a piece ends with a name character, so the name of piece + value is the name
+    // of the piece followed by the name of the value; both grow at their front, so they are kept
+    // reversed. A name longer than every variable's needs no lookup: the text stays as written.
+    std::size_t longest = 4;  // "date"
+    for (const auto& entry : variables_) longest = std::max(longest, entry.first.size());
+    auto reversed = [](std::string x) {
+        std::reverse(x.begin(), x.end());
+        return x;
+    };
+    std::string revText = reversed(result);
+    std::string revName = reversed(stripHeadings(result));
+    for (std::size_t i = pieces.size() - 1; i-- > 0;) {
+        const std::string piece = text.substr(pieces[i].first, pieces[i].second);
+        const std::string pieceName = stripHeadings(piece);
+        if (pieceName.size() + revName.size() <= longest) {
+            const std::string name = pieceName + reversed(revName);
+            std::string value;
+            bool resolved = true;
+            if (HasUserDefinedVariable(name)) value = ResolveUserDefinedVariable(name);
+            else if (IsBuildInVariable(name)) value = ResolveBuildInVariable(name);
+            else resolved = false;
+            if (resolved) {
+                revText = reversed(value);
+                revName = reversed(stripHeadings(value));
+                continue;
+            }
+        }
+        revText.append(piece.rbegin(), piece.rend());
+        revName.append(pieceName.rbegin(), pieceName.rend());
+    }
+    return reversed(std::move(revText));
 }
 
 void QIBAutoEditString::ResolveFlatVariables() { ResolveFlatVariables(false); }
@@ -191,9 +250,13 @@ void QIBAutoEditString::ResolveFlatVariables(bool keepWidth) {
             out.append(written - wanted, ' ');
             continue;
         }
-        out.append(value, 0, bytePos(value, written, utf8));
+        std::size_t cut = bytePos(value, written, utf8);
+        out.append(value, 0, cut);
         for (std::size_t i = 0; i < wanted - written && from < work_.size() && work_[from] == ' '; ++i) {
-            out += characterAt(value, written + i, utf8);
+            std::size_t next = cut + 1;
+            while (utf8 && next < value.size() && isContinuation(value[next])) ++next;
+            out.append(value, cut, next - cut);
+            cut = next;
             ++from;
         }
     }
@@ -202,16 +265,7 @@ void QIBAutoEditString::ResolveFlatVariables(bool keepWidth) {
 }
 
 std::string QIBAutoEditString::ResolveVariable(const std::string& text) {
-    std::string name;
-    name.reserve(text.size());
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t heading = headingLength(text, i);
-        if (heading > 0) {
-            i += heading;
-        } else {
-            name += text[i++];
-        }
-    }
+    const std::string name = stripHeadings(text);
     if (HasUserDefinedVariable(name)) return ResolveUserDefinedVariable(name);
     if (IsBuildInVariable(name)) return ResolveBuildInVariable(name);
     return text;

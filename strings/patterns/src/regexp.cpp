@@ -114,6 +114,11 @@ int Osl_RegularExpression::match(const std::string& s, std::size_t pos, std::siz
     return static_cast<int>(std::min<std::size_t>(end - start, static_cast<std::size_t>(INT32_MAX)));
 }
 
+int Osl_RegularExpression::matchShared(const std::string& s) const {
+    if (!impl_) return -2;
+    return static_cast<int>(std::min<long>(impl_->engine.matchLength(s.data(), s.size()), INT32_MAX));
+}
+
 std::size_t Osl_RegularExpression::groups() {
     if (!impl_) return 0;
     std::size_t n = 0, start = 0, end = 0;

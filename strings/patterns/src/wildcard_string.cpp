@@ -79,7 +79,7 @@ void WildcardString::SetCase(bool caseSensitive) {
 
 bool WildcardString::HasPattern() const { return regexp_.find_first_of("?*") != std::string::npos; }
 
-bool WildcardString::Match(const std::string& s) const { return compiled_.match(s, 0, std::string::npos) > 0; }
+bool WildcardString::Match(const std::string& s) const { return compiled_.matchShared(s) > 0; }
 
 bool WildcardString::Match(const char* p, std::size_t, std::size_t) const {
     return Match(std::string(p != nullptr ? p : ""));

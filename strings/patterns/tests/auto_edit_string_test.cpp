@@ -61,6 +61,10 @@ TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
     EXPECT_EQ(resolve("%%A%%$B.txt", false, {{"b", "_x"}, {"A_X", "v"}}), "v.txt");
     // B unknown: the run stays, its parts resolve one by one afterwards.
     EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");
+    // A run far deeper than any stack: unknown names stay as written, the last two resolve.
+    std::string run;
+    for (int i = 0; i < 100000; ++i) run += "%%V";
+    EXPECT_EQ(resolve(run + "%%Z%%N", false, {{"N", "1"}, {"Z1", "end"}}), run + "end");
 }
 
 TEST(AutoEditStringTest, FixedWidthKeepsTheColumns) {

@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/support/scoped_unicode_mode.h"
 
@@ -45,6 +48,7 @@ TEST(WildcardStringTest, MatchesWholeNamesOnly) {
         {"*.txt", "notes.txt", true}, {"*.txt", "notes.txt.bak", false}, {"a?c", "ac", false},
         {"*", "", false},  // an empty match is no match
         {"", "", false},              {"*.TXT", "notes.txt", false},    {"[ab]", "[ab]", true},
+        {"*.txt", "a.txt\n", false},  {"*", "two\nlines", true},         {"a?b", "a\nb", true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.wildcard) + " ~ " + c.name);
@@ -52,6 +56,23 @@ TEST(WildcardStringTest, MatchesWholeNamesOnly) {
         EXPECT_EQ(w.Match(std::string(c.name)), c.matches);
         EXPECT_EQ(w.Match(c.name, 7, 9), c.matches);
     }
+}
+
+TEST(WildcardStringTest, MatchIsSafeFromSeveralThreads) {
+    const WildcardString w("report-*.csv");
+    const std::string names[] = {"report-1.csv", "report-2.txt", "x-report-3.csv", "report-.csv"};
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 20000; ++i) {
+                const std::string& name = names[(i + t) % 4];
+                if (w.Match(name) != (name == names[0] || name == names[3])) ++wrong;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0);
 }
 
 TEST(WildcardStringTest, HasPatternLooksAtTheTranslation) {
