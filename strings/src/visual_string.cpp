@@ -90,6 +90,11 @@ bool Osl_VisualString::isPad(size_t narrowPos) const {
     return narrowPos < cells() && osl::detail::isPadCell(cells_.data() + kCellBytes * narrowPos);
 }
 
+// A pad without a character before it (cells taken over from legacy bytes) splits nothing.
+bool Osl_VisualString::splitsWide(size_t narrowPos) const {
+    return narrowPos > 0 && isPad(narrowPos) && !isPad(narrowPos - 1);
+}
+
 Osl_UTF8String Osl_VisualString::ToUTF8String() const {
     if (!unicode()) return Osl_UTF8String(cells_);
     Osl_UTF8String text;
@@ -104,25 +109,19 @@ std::u16string Osl_VisualString::ToWString() const {
     return text;
 }
 
-void Osl_VisualString::ToLower() {
+// Through the text: a case mapping may change a character's width.
+void Osl_VisualString::mapCase(void (*map)(std::string&)) {
     if (!unicode()) {
-        ToLower2(cells_);
+        map(cells_);
         return;
     }
-    Osl_UTF8String text = ToUTF8String();
-    text.ToLower();
+    std::string text = ToUTF8String();
+    map(text);
     *this = text;
 }
 
-void Osl_VisualString::ToUpper() {
-    if (!unicode()) {
-        ToUpper2(cells_);
-        return;
-    }
-    Osl_UTF8String text = ToUTF8String();
-    text.ToUpper();
-    *this = text;
-}
+void Osl_VisualString::ToLower() { mapCase(ToLower2); }
+void Osl_VisualString::ToUpper() { mapCase(ToUpper2); }
 
 void Osl_VisualString::Clear() {
     cells_.clear();
@@ -214,10 +213,10 @@ long Osl_VisualString::RevertMode(long policy) {
 void Osl_VisualString::CalculateValidNarrowBounderies(long policy, size_t& start, size_t& count, bool& startCut,
                                                       bool& endCut) const {
     startCut = endCut = false;
-    if (isPad(start)) {
+    if (splitsWide(start)) {
         if ((policy & StartAccept) != 0) {
             startCut = true;
-        } else if ((policy & StartLeft) != 0 && start > 0) {
+        } else if ((policy & StartLeft) != 0) {
             --start;
             ++count;
         } else if ((policy & StartRight) != 0) {
@@ -227,7 +226,7 @@ void Osl_VisualString::CalculateValidNarrowBounderies(long policy, size_t& start
             outOfRange();
         }
     }
-    if (count > 0 && isPad(start + count)) {
+    if (count > 0 && splitsWide(start + count)) {
         if ((policy & EndAccept) != 0) endCut = true;
         else if ((policy & EndExtend) != 0) ++count;
         else if ((policy & EndShrink) != 0) --count;
@@ -255,9 +254,9 @@ Osl_VisualString& Osl_VisualString::replaceCells(size_t pos, size_t n, const std
     bool startCut = false, endCut = false;
     if (count > 0) {
         CalculateValidNarrowBounderies(policy, pos, count, startCut, endCut);
-    } else if (isPad(pos)) {  // an insertion point moves without making a range
+    } else if (splitsWide(pos)) {  // an insertion point moves without making a range
         if ((policy & StartAccept) != 0) startCut = true;
-        else if ((policy & StartLeft) != 0 && pos > 0) --pos;
+        else if ((policy & StartLeft) != 0) --pos;
         else if ((policy & StartRight) != 0) ++pos;
         else outOfRange();
     }

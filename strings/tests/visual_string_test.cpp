@@ -183,6 +183,23 @@ TEST(VisualStringTest, LegacyModeWorksOnBytes) {
     EXPECT_THROW(s.InsertInNarrowChars(7, VS("x")), std::out_of_range);
 }
 
+// Bytes kept from legacy mode may look like orphan wide pads once Unicode mode is on: edits near
+// them must stay inside the string.
+TEST(VisualStringTest, LegacyBytesReadInUnicodeModeStayInBounds) {
+    VS s;
+    {
+        osl::test::ScopedUnicodeMode legacy(false);
+        s = VS("\xFF\xFF\xFF\xFF\xFF\xFF" "abc");
+    }
+    osl::test::ScopedUnicodeMode mode(true);
+    for (long policy : {0, 1, 2, 4, 16, 32, 64}) {
+        for (size_t pos = 0; pos <= 3; ++pos) {
+            EXPECT_EQ(VS(s).EraseInNarrowChars(pos, 1, policy).LengthInNarrowChars(), pos < 3 ? 2u : 3u);
+            EXPECT_EQ(VS(s).InsertInNarrowChars(pos, VS("x"), policy).LengthInNarrowChars(), 4u);
+        }
+    }
+}
+
 // Random mixes of ASCII, Latin, CJK, Hangul, half-width and full-width characters; the seed is
 // fixed so that a failure repeats.
 TEST(VisualStringTest, RandomTextsKeepTheirInvariants) {

@@ -151,10 +151,12 @@ private:
     friend class Osl_UnicodeConverter;
 
     void ClearMaps();
+    void mapCase(void (*map)(std::string&));
     void buildMaps() const;
     bool unicode() const;
     size_t cells() const { return cells_.size() / 3; }
     bool isPad(size_t narrowPos) const;
+    bool splitsWide(size_t narrowPos) const;
     void CalculateValidNarrowBounderies(long policy, size_t& start, size_t& count, bool& startCut,
                                         bool& endCut) const;
     void InitFromNarrowRange(const Osl_VisualString& source, size_t start, size_t count, long policy);
