@@ -145,6 +145,7 @@ Out convertReplacing(const Unit* src, size_t n, size_t factor, const Out& replac
             continue;
         }
         out += replacement;
+        if (rc == ConversionSourceCut) break;  // one replacement for the cut character
         at += skip(src + at, n - at);
     }
     return out;

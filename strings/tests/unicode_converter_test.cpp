@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -100,19 +101,16 @@ TEST(UnicodeConverterTest, Utf8ToUcs2ReportsCutIllegalAndFullDestination) {
 }
 
 TEST(UnicodeConverterTest, Ucs2ToUtf8StopsBeforeAHalfPairAndAFullDestination) {
-    Osl_UnicodeConverter converter;
-    char out[16];
-    const char16_t cut[] = {u'a', 0xD83D};
-    size_t len = sizeof out;
-    EXPECT_EQ(converter.ConvertUCS2toUTF8(cut, 2, out, len), ConversionSourceCut);
-    EXPECT_EQ(converter.GetHandledLength(), 1);
-    EXPECT_EQ(len, 1u);
-
-    const char16_t text[] = {u'a', 0x20AC};
-    len = 3;
-    EXPECT_EQ(converter.ConvertUCS2toUTF8(text, 2, out, len), ConversionNoSpace);
-    EXPECT_EQ(converter.GetHandledLength(), 1);
-    EXPECT_EQ(len, 1u);
+    const char16_t text[] = {u'a', 0x20AC, 0xD83D};
+    for (auto [n, capacity, rc] : {std::tuple{size_t{3}, size_t{16}, ConversionSourceCut},
+                                   std::tuple{size_t{2}, size_t{3}, ConversionNoSpace}}) {
+        Osl_UnicodeConverter converter;
+        char out[16];
+        size_t len = capacity;
+        EXPECT_EQ(converter.ConvertUCS2toUTF8(text, n, out, len), rc);
+        EXPECT_EQ(converter.GetHandledLength(), static_cast<int>(n) - 1);
+        EXPECT_EQ(len, n == 3 ? 4u : 1u);
+    }
 }
 
 TEST(UnicodeConverterTest, VisualForm) {
@@ -146,31 +144,6 @@ TEST(UnicodeConverterTest, VisualForm) {
     converter.ConvertUCS2toVisual(u"a\u65E5", visual);
     EXPECT_EQ(hex(visual), hex("\xFE\xFE\x61\xE6\x97\xA5\xFF\xFF\xFF"));
     EXPECT_EQ(converter.GetHandledLength(), 2);
-}
-
-TEST(UnicodeConverterTest, WideRanges) {
-    struct Case {
-        char16_t c;
-        bool wide;
-    } cases[] = {{0x10FF, false}, {0x1100, true}, {0x115F, true}, {0x1160, false}, {0x2E7F, false},
-                 {0x2E80, true},  {0x3009, true}, {0x300A, false}, {0x300B, false}, {0x301A, false},
-                 {0x301B, false}, {0x301C, true}, {0x303F, false}, {0xA4CF, true},  {0xA4D0, false},
-                 {0xAC00, true},  {0xD7A3, true}, {0xD7A4, false}, {0xF900, true},  {0xFE30, true},
-                 {0xFE70, false}, {0xFF5F, true}, {0xFF60, false}, {0xFFE6, true},  {0xFFE7, false}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(static_cast<int>(c.c));
-        EXPECT_EQ(Osl_UnicodeConverter::IsWideUnicode(c.c), c.wide);
-    }
-}
-
-TEST(UnicodeConverterTest, NextCharacterStepFollowsTheLeadByteOnly) {
-    const std::pair<unsigned char, int> steps[] = {{0x00, 1}, {0x7F, 1}, {0x80, 1}, {0xBF, 1}, {0xC0, 2},
-                                                   {0xDF, 2}, {0xE0, 3}, {0xEF, 3}, {0xF0, 4}, {0xF7, 4},
-                                                   {0xF8, 5}, {0xFB, 5}, {0xFC, 6}, {0xFF, 6}};
-    for (auto [lead, step] : steps) {
-        char p = static_cast<char>(lead);
-        EXPECT_EQ(Osl_UnicodeConverter::GetNextCharUTF8(&p) - &p, step) << int(lead);
-    }
 }
 
 // The single-byte tables must give exactly what ICU gives for every byte and every BMP code point.
@@ -234,42 +207,35 @@ TEST(UnicodeConverterTest, LegacyTextRoundTripsAndBadInputIsReported) {
     EXPECT_EQ(out, "\xC2\x80\xC3\xA9");
 }
 
-// A caller that goes on from the handled length after -3 gets the same text as one call: the
-// handled length is exactly the source of the output, on the table and the ICU paths alike.
+// A caller that goes on from the handled length after -3 gets what one call gives: the handled
+// length is exactly the source of the output, on the table and the ICU paths alike. A piece of
+// double-byte EBCDIC is whole on its own: a run it ends inside is closed (SI) and opened again.
 TEST(UnicodeConverterTest, ResumingAtTheHandledLengthLosesNothing) {
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
-    const std::string kanji = "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", mixed = "ab" + kanji + "12";
     std::string text;
-    while (text.size() < 3000) text += mixed;
+    while (text.size() < 3000) text += "ab\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E" "12";
     for (const char* encoding : {"MS932", "IBM-939", "MS1252"}) {
         SCOPED_TRACE(encoding);
-        Osl_UnicodeConverter converter;
-        converter.SetCurrentEncoding(encoding);
-        std::string utf8 = encoding == std::string("MS1252") ? std::string(3000, 'x') + "\xC3\xA9" : text;
-        std::string whole, legacy, back;
-        ASSERT_EQ(converter.ConvertUTF8toCurrentEncoding(utf8, whole), ConversionOK);
-        ASSERT_GT(whole.size(), 2000u);
+        Osl_UnicodeConverter c;
+        c.SetCurrentEncoding(encoding);
+        const std::string utf8 = encoding == std::string("MS1252") ? std::string(3000, 'x') + "\xC3\xA9" : text;
+        std::string whole, wholeBack, legacy, back;
+        ASSERT_EQ(c.ConvertUTF8toCurrentEncoding(utf8, whole), ConversionOK);
+        ASSERT_EQ(c.ConvertCurrentEncodingtoUTF8(whole, wholeBack), ConversionOK);
         for (bool toUtf8 : {false, true}) {
             const std::string& src = toUtf8 ? whole : utf8;
-            std::string& out = toUtf8 ? back : legacy;
-            for (size_t at = 0; at < src.size();) {
+            for (size_t at = 0; at < src.size(); at += static_cast<size_t>(c.GetHandledLength())) {
                 char buffer[100];
                 size_t len = sizeof buffer;
-                ConversionRC rc = toUtf8 ? converter.ConvertCurrentEncodingtoUTF8(src.data() + at, src.size() - at, buffer, len)
-                                         : converter.ConvertUTF8toCurrentEncoding(src.data() + at, src.size() - at, buffer, len);
-                ASSERT_TRUE(rc == ConversionOK || rc == ConversionNoSpace) << rc;
-                ASSERT_GT(converter.GetHandledLength(), 0);
-                out.append(buffer, len);
-                at += static_cast<size_t>(converter.GetHandledLength());
+                ConversionRC rc = toUtf8 ? c.ConvertCurrentEncodingtoUTF8(src.data() + at, src.size() - at, buffer, len)
+                                         : c.ConvertUTF8toCurrentEncoding(src.data() + at, src.size() - at, buffer, len);
+                ASSERT_TRUE((rc == ConversionOK || rc == ConversionNoSpace) && c.GetHandledLength() > 0) << rc;
+                (toUtf8 ? back : legacy).append(buffer, len);
             }
         }
-        // Each piece is whole on its own: a double-byte run it ends inside is closed (SI) and
-        // opened again (SO) by the next piece.
         for (size_t pair; (pair = legacy.find("\x0F\x0E")) != std::string::npos;) legacy.erase(pair, 2);
-        std::string oneBack;
-        ASSERT_EQ(converter.ConvertCurrentEncodingtoUTF8(whole, oneBack), ConversionOK);
         EXPECT_TRUE(legacy == whole);
-        EXPECT_TRUE(back == oneBack);
+        EXPECT_TRUE(back == wholeBack);
     }
 }
 
@@ -290,9 +256,7 @@ TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
     ASSERT_EQ(logLines().size(), 1u);
     EXPECT_NE(logLines()[0].find("Osl_UnicodeConverter::BufferConverter"), std::string::npos);
     EXPECT_NE(logLines()[0].find("No space in the destination buffer ; slen: 3 dlen: 4. DO Destination buffer "
-                                 "length = 4* length of source buffer"),
-              std::string::npos)
-        << logLines()[0];
+                                 "length = 4* length of source buffer"), std::string::npos);
 }
 
 // Double-byte EBCDIC: each shift byte becomes a blank, the double-byte text is what glibc's iconv
@@ -318,14 +282,6 @@ TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
         EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(head + kanji + tail, back), ConversionOK);
         EXPECT_EQ(hex(back), hex(ebcdic));
 
-        // A run split over two calls continues in the second; an empty run gives two blanks.
-        size_t cut = ebcdic.find('\x0E') + 3;
-        std::string first, second, empty;
-        Osl_UnicodeConverter split;
-        split.SetCurrentEncoding(encoding);
-        split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(0, cut), first);
-        split.ConvertCurrentEncodingtoUTF8(ebcdic.substr(cut), second);
-        EXPECT_EQ(first + second, head + " " + kanji + " " + tail);
         // Pieces that end inside a character: the shift state follows only the consumed bytes,
         // and the caller hands the rest over again with the next piece.
         for (size_t piece = 1; piece <= 4; ++piece) {
@@ -342,10 +298,9 @@ TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
             EXPECT_EQ(pending, "") << piece;
             EXPECT_EQ(joined, head + " " + kanji + " " + tail) << piece;
         }
-        Osl_UnicodeConverter emptyRun;
-        emptyRun.SetCurrentEncoding(encoding);
-        std::string emptyInput = ebcdic.substr(0, 1) + "\x0E\x0F" + ebcdic.substr(0, 1);
-        EXPECT_EQ(emptyRun.ConvertCurrentEncodingtoUTF8(emptyInput, empty), ConversionOK);
+        std::string empty;  // an empty run gives two blanks
+        EXPECT_EQ(converter.ConvertCurrentEncodingtoUTF8(ebcdic.substr(0, 1) + "\x0E\x0F" + ebcdic.substr(0, 1), empty),
+                  ConversionOK);
         EXPECT_EQ(empty, "A  A");
     }
 }

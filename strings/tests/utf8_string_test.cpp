@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -36,7 +38,6 @@ std::string thrownText(F f) {
 TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
     osl::test::ScopedUnicodeMode mode(true);
     Osl_UTF8String s(kAEEuro);
-    EXPECT_EQ(s.length(), 6u);
     EXPECT_EQ(s.LengthInChars(), 3u);
     EXPECT_EQ(s.CharsPosAsAbsPos(0, 2), 3u);
     EXPECT_EQ(s.CharsPosAsAbsPos(0, 3), npos);  // the end itself is npos
@@ -88,28 +89,25 @@ TEST(Utf8StringTest, EraseInChars) {
 
 TEST(Utf8StringTest, GetNextChar) {
     osl::test::ScopedUnicodeMode mode(true);
-    Osl_UTF8String e("\xC3\xA9");
+    struct Case {
+        std::string text;
+        size_t pos, next;
+        std::string ch;
+    } cases[] = {
+        {kAEEuro, 3, 6, "\xE2\x82\xAC"}, {"\xC3\xA9", 1, npos - 1, ""},  // a continuation byte
+        {"\xC3\xA9", 2, npos, ""},          {"a\xE2\x82", 1, 3, "\xE2\x82"},  // cut: the bytes there
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pos);
+        Osl_UTF8String out;
+        EXPECT_EQ(Osl_UTF8String(c.text).GetNextChar(c.pos, out), c.next);
+        EXPECT_EQ(out, c.ch.c_str());
+    }
     const char* ch = nullptr;
     size_t len = 0;
-    EXPECT_EQ(e.GetNextChar(0, ch, len), 2u);
-    EXPECT_EQ(ch, e.data());
-    EXPECT_EQ(len, 2u);
-    ch = nullptr;
-    EXPECT_EQ(e.GetNextChar(1, ch, len), npos - 1);
-    EXPECT_EQ(ch, nullptr);
-    EXPECT_EQ(e.GetNextChar(2, ch, len), npos);
-    EXPECT_EQ(thrownText<std::out_of_range>([&] { e.GetNextChar(3, ch, len); }), "Out of range");
-
-    Osl_UTF8String four("\xF0\x9F\x98\x80");
-    EXPECT_EQ(thrownText<QIBError>([&] { four.GetNextChar(0, ch, len); }),
+    EXPECT_EQ(thrownText<std::out_of_range>([&] { Osl_UTF8String("a").GetNextChar(2, ch, len); }), "Out of range");
+    EXPECT_EQ(thrownText<QIBError>([&] { Osl_UTF8String("\xF0\x9F\x98\x80").GetNextChar(0, ch, len); }),
               "UTF8 char more than 3 bytes is not implemented (0/0)");
-
-    Osl_UTF8String out;
-    EXPECT_EQ(Osl_UTF8String(kAEEuro).GetNextChar(3, out), 6u);
-    EXPECT_EQ(out, "\xE2\x82\xAC");
-    Osl_UTF8String cut("a\xE2\x82");  // a cut character is given with the bytes that are there
-    EXPECT_EQ(cut.GetNextChar(1, out), 3u);
-    EXPECT_EQ(out, "\xE2\x82");
 }
 
 TEST(Utf8StringTest, LegacyModeCountsBytes) {
@@ -178,16 +176,38 @@ TEST(Utf8StringTest, WideConversionsInBothModes) {
     EXPECT_EQ(Osl_UTF8String(static_cast<const char16_t*>(nullptr)).ToString(), "");
 }
 
+// What the other side lacks becomes its replacement character and the rest follows.
+TEST(Utf8StringTest, ConversionsReplaceWhatTheyCannotTake) {
+    {
+        osl::test::ScopedUnicodeMode mode(false, "MS1252");
+        EXPECT_EQ(Osl_UTF8String(u"abc\u65E5xyz").ToString(), "abc?xyz");
+    }
+    osl::test::ScopedUnicodeMode mode(true, "MS1252", "MS1252");
+    EXPECT_EQ(Osl_UTF8String("a\xFFz\xE2\x82").ToWString(), u"a\uFFFDz\uFFFD");
+    EXPECT_EQ(Osl_UTF8String("\xE6\x97\xA5.txt").ToCurrentFSEncoding(), "?.txt");
+    EXPECT_EQ(Osl_UTF8String("\xE6\x97\xA5\xE2\x82\xAC").ToCurrentSystemEncoding(), "?\x80");
+    EXPECT_EQ(Osl_UTF8String(std::u16string(u"a\xD800")).ToString(), "a\xEF\xBF\xBD");
+}
+
 TEST(Utf8StringTest, ComparisonOperators) {
     Osl_UTF8String composed("\xC3\xA9"), decomposed("e\xCC\x81");
     osl::test::ScopedUnicodeMode mode(true);
     EXPECT_FALSE(composed == decomposed);  // bytes, also in Unicode mode
-    EXPECT_TRUE(composed != decomposed);
     EXPECT_TRUE(composed == "\xC3\xA9");
     // U+FF21 (EF BC A1) against U+10000 (F0 90 80 80): bytes say less, UTF-16 units say greater.
     Osl_UTF8String bmp("\xEF\xBC\xA1"), astral("\xF0\x90\x80\x80");
     EXPECT_TRUE(bmp > astral);
-    EXPECT_FALSE(bmp < astral);
+    // Any bytes: < is a strict weak order that agrees with == (a set keeps every distinct text).
+    const Osl_UTF8String texts[] = {"x\x80" "a", "x\x80" "b", "x", "x\xC3\xA9", "xe\xCC\x81", "\xEF\xBC\xA1",
+                                    "\xF0\x90\x80\x80", "\xFF", "x\xE2\x82", "", "\xED\xA0\x80"};
+    std::set<Osl_UTF8String> set(std::begin(texts), std::end(texts));
+    EXPECT_EQ(set.size(), std::size(texts));
+    for (const auto& a : texts)
+        for (const auto& b : texts) {
+            SCOPED_TRACE(a + " / " + b);
+            EXPECT_EQ(!(a < b) && !(b < a), a == b);
+            EXPECT_EQ(a > b, b < a);
+        }
     osl::test::ScopedUnicodeMode legacy(false);
     EXPECT_TRUE(bmp < astral);
     std::ostringstream out;

@@ -16,8 +16,8 @@ namespace qibosl {
 namespace {
 
 constexpr std::size_t kChunk = 64 * 1024;
-// The longest character of any supported encoding, in bytes: how far a chunk's end is moved back
-// to find a character boundary.
+// The longest character of any supported encoding, in bytes: how much of a chunk's end may be left
+// for the next chunk.
 constexpr std::size_t kLongestCharacter = 4;
 
 std::string lowered(std::string text) {
@@ -41,12 +41,17 @@ void checkEncoding(const std::string& name) {
     throw UsageError("unknown encoding '" + name + "' (qibosl encodings lists them)");
 }
 
-// Converts `in` to `out` chunk by chunk. A chunk that ends inside a character is cut back to the
-// last boundary (the rest goes with the next chunk); only the end of the input must be complete.
+// Converts `in` to `out` chunk by chunk, as one piece would. A chunk that ends inside a character
+// gives what comes before it; the converter reports exactly how much that is, and the rest goes
+// with the next chunk. Only the end of the input must be complete. A double-byte EBCDIC target
+// closes its run at the end of every chunk: a run that the next chunk opens again is joined.
 int convertStream(std::istream& in, std::ostream& out, const std::string& from, const std::string& to) {
     Osl_UnicodeConverter converter;
     converter.SetCurrentEncoding(from);
     converter.SetTargetEncoding(to);
+    const bool shiftedTarget = Osl_UnicodeConfiguration::Instance()->IsDBCSEncoding(to);
+    constexpr char kShiftOut = 0x0E, kShiftIn = 0x0F;
+    bool heldShiftIn = false;  // the last chunk's closing SI, not written yet
     std::string pending;
     std::vector<char> converted;
     std::uintmax_t offset = 0;  // of pending's first byte in the input
@@ -63,29 +68,36 @@ int convertStream(std::istream& in, std::ostream& out, const std::string& from, 
             }
         }
         if (pending.empty()) break;
-        ConversionRC rc = ConversionIllegal;
-        std::size_t cut = pending.size();
-        std::size_t written = 0;
-        const std::size_t shortest = end ? pending.size() : pending.size() - std::min(pending.size() - 1, kLongestCharacter);
-        for (; cut >= shortest && cut > 0; --cut) {
-            converted.resize(4 * cut + 4);
-            written = converted.size();
-            rc = converter.ConvertCurrentEncodingtoTargetEncoding(pending.data(), cut, converted.data(), written);
-            if (rc == ConversionOK) break;
-        }
-        if (rc != ConversionOK) {
+        converted.resize(4 * pending.size() + 4);
+        std::size_t written = converted.size();
+        const ConversionRC rc =
+            converter.ConvertCurrentEncodingtoTargetEncoding(pending.data(), pending.size(), converted.data(), written);
+        const auto handled = static_cast<std::size_t>(converter.GetHandledLength());
+        if (rc != ConversionOK && (end || pending.size() - handled > kLongestCharacter)) {
             std::cerr << "qibosl convert: the input is not " << from << " text (near byte "
-                      << offset + static_cast<std::uintmax_t>(converter.GetHandledLength()) << ")\n";
+                      << offset + static_cast<std::uintmax_t>(handled) << ")\n";
             return 1;
         }
-        out.write(converted.data(), static_cast<std::streamsize>(written));
-        pending.erase(0, cut);
-        offset += cut;
+        const char* text = converted.data();
+        if (shiftedTarget && written > 0) {
+            if (heldShiftIn && text[0] == kShiftOut) {
+                ++text;
+                --written;
+            } else if (heldShiftIn) {
+                out.put(kShiftIn);
+            }
+            heldShiftIn = written > 0 && text[written - 1] == kShiftIn;
+            if (heldShiftIn) --written;
+        }
+        out.write(text, static_cast<std::streamsize>(written));
+        pending.erase(0, handled);
+        offset += handled;
         if (!out) {
             std::cerr << "qibosl convert: cannot write the output\n";
             return 1;
         }
     }
+    if (heldShiftIn) out.put(kShiftIn);
     out.flush();
     return out ? 0 : 1;
 }

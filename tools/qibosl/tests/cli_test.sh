@@ -93,6 +93,15 @@ python3 -c "import sys; sys.stdout.buffer.write(b'x' + ('日本語、abc\n' + '�
 "$qibosl" convert -from = UTF-8 -to= MS932 <"$tmp/ja.txt" >"$tmp/ja.sjis" &&
     "$qibosl" convert -from=MS932 -to=UTF-8 "$tmp/ja.sjis" | cmp -s - "$tmp/ja.txt" ||
     { echo "FAIL convert: UTF-8 -> MS932 -> UTF-8 through stdin and a file"; fail=1; }
+# Double-byte EBCDIC across the chunks: the same bytes as iconv makes, and back with one blank
+# for each shift byte.
+python3 -c "import sys; sys.stdout.buffer.write(('日本語' * 12000).encode())" >"$tmp/kanji.txt"
+"$qibosl" convert -from=UTF-8 -to=IBM-930 "$tmp/kanji.txt" >"$tmp/kanji.930" &&
+    iconv -f UTF-8 -t IBM930 "$tmp/kanji.txt" | cmp -s - "$tmp/kanji.930" ||
+    { echo "FAIL convert: UTF-8 -> IBM-930 differs from iconv"; fail=1; }
+"$qibosl" convert -from=IBM-930 -to=UTF-8 "$tmp/kanji.930" >"$tmp/kanji.back" &&
+    { printf ' '; iconv -f IBM930 -t UTF-8 "$tmp/kanji.930"; printf ' '; } | cmp -s - "$tmp/kanji.back" ||
+    { echo "FAIL convert: IBM-930 -> UTF-8 differs from iconv"; fail=1; }
 check convert-unknown-encoding 2 "$qibosl" convert -from=Latin1 -to=no-such-encoding "$tmp/latin1.txt"
 expect err "convert: unknown encoding text" "unknown encoding 'no-such-encoding'"
 check convert-missing-option 2 "$qibosl" convert -from=Latin1 "$tmp/latin1.txt"
