@@ -18,9 +18,9 @@
 /// one column, and every member is the plain byte operation. The mode is asked at every call.
 ///
 /// A boundary that falls between the two cells of a wide character is settled by a policy, a bit
-/// set of en_policy values: the start of a range by 1, 2 or 4, its end by 16, 32 or 64, tried in
-/// that order. Without an applicable bit such a boundary throws std::out_of_range("Out of
-/// range"), as does a position beyond the length. Every change leaves the cells well formed: no
+/// set of en_policy values: the start of a range by 4, else 1, else 2; its end by 64, else 16,
+/// else 32. Without an applicable bit such a boundary throws std::out_of_range("Out of range"),
+/// as does a position beyond the length. Every change leaves the cells well formed: no
 /// wide pad without its character, the byte length a multiple of 3.
 ///
 /// Choices of this implementation:
