@@ -67,6 +67,7 @@ TEST(VisualStringTest, ConverterFormsOnTheTextTypes) {
     EXPECT_EQ(v.ToString(), "\xFE\xFE" "a" "\xFE\xC3\xA9" + kHan + VS::WideCharsPad);
     EXPECT_EQ(v.LengthInChars(), 3u);
     EXPECT_EQ(v, VS(text));
+    EXPECT_EQ(VS(std::string(40, 'a')).ToString().capacity(), 120u);  // no more room than the cells
     Osl_UTF8String back;
     converter.ConvertVisualtoUTF8(v, back);
     EXPECT_EQ(back.ToString(), text);
