@@ -59,10 +59,8 @@ TEST(Pcre2RegexTest, Utf8ModeMatchesCharactersAndChecksTheSubject) {
     EXPECT_EQ(re.exec(invalid.data(), invalid.size(), 0, true), 1);
 }
 
-TEST(Pcre2RegexTest, ValidationCountsEveryByteItChecks) {
-    const std::uint64_t before = utf8BytesValidated();
+TEST(Pcre2RegexTest, ValidationRejectsMalformedSequences) {
     EXPECT_TRUE(isValidUtf8("abc\xe2\x82\xac", 6));
-    EXPECT_EQ(utf8BytesValidated() - before, 6u);
     struct Case {
         const char* bytes;
         bool valid;
