@@ -23,7 +23,8 @@ public:
 /// next to each other are a compound name: the rightmost is resolved first and its value is
 /// appended to the name on its left ("%%A%%B" with B=1 is "%%A1"). A "." just before a
 /// variable is a joining mark and disappears ("file.%%A" gives "filex" for A=x). Nothing is
-/// reported as an error. One thread at a time per object.
+/// reported as an error. A run of any length resolves in linear time, without recursion.
+/// Thread-safety: one thread at a time per object; separate objects from separate threads.
 class OSL_API QIBAutoEditString {
 public:
     explicit QIBAutoEditString(const std::string& pattern);

@@ -23,7 +23,8 @@ struct OSL_API Osl_UnicodeSettings {
 
 /// The singleton that decides the mode and knows the encodings and languages. Created on first
 /// use; `Init` runs once before the string classes are used (not guarded against concurrent first
-/// calls). The mode and the two encoding names may be read from any thread.
+/// calls). Thread-safety: every member may be called from any thread once `Init` has run; the
+/// mode and the two encoding names may be read and set from any thread at any time.
 class OSL_API Osl_UnicodeConfiguration {
 public:
     /// Reads the settings; returns them or throws QIBError (then the defaults stay).
