@@ -368,21 +368,6 @@ size_t Osl_VisualString::RfindInNarrowChars(const Osl_VisualString& text, size_t
     return npos;
 }
 
-template <class Match>
-size_t Osl_VisualString::findCell(size_t pos, bool forward, Match match) const {
-    const size_t n = cells();
-    if (n == 0 || (forward && pos >= n)) return npos;
-    const char* data = cells_.data();
-    if (forward) {
-        for (size_t i = pos; i < n; ++i)
-            if (!isPad(i) && match(data + kCellBytes * i)) return i;
-    } else {
-        for (size_t i = std::min(pos, n - 1) + 1; i-- > 0;)
-            if (!isPad(i) && match(data + kCellBytes * i)) return i;
-    }
-    return npos;
-}
-
 namespace {
 // Whether the character whose first cell is at cell is in the set (its wide pads are ignored).
 bool inSet(const std::string& set, const char* cell) {
@@ -394,24 +379,34 @@ bool inSet(const std::string& set, const char* cell) {
 }
 }  // namespace
 
+// The first (or last) character from pos on (or back) that is in the set, or is not.
+size_t Osl_VisualString::findInSet(const Osl_VisualString& set, size_t pos, bool forward, bool member) const {
+    const size_t n = cells();
+    if (n == 0 || (forward && pos >= n)) return npos;
+    const auto wanted = [&](size_t i) {
+        return !isPad(i) && inSet(set.cells_, cells_.data() + kCellBytes * i) == member;
+    };
+    if (forward) {
+        for (size_t i = pos; i < n; ++i)
+            if (wanted(i)) return i;
+    } else {
+        for (size_t i = std::min(pos, n - 1) + 1; i-- > 0;)
+            if (wanted(i)) return i;
+    }
+    return npos;
+}
+
 size_t Osl_VisualString::FindFirstOfInNarrowChars(const Osl_VisualString& set, size_t pos) const {
-    if (!unicode()) return cells_.find_first_of(set.cells_, pos);
-    return findCell(pos, true, [&](const char* cell) { return inSet(set.cells_, cell); });
+    return unicode() ? findInSet(set, pos, true, true) : cells_.find_first_of(set.cells_, pos);
 }
-
 size_t Osl_VisualString::FindFirstNotOfInNarrowChars(const Osl_VisualString& set, size_t pos) const {
-    if (!unicode()) return cells_.find_first_not_of(set.cells_, pos);
-    return findCell(pos, true, [&](const char* cell) { return !inSet(set.cells_, cell); });
+    return unicode() ? findInSet(set, pos, true, false) : cells_.find_first_not_of(set.cells_, pos);
 }
-
 size_t Osl_VisualString::FindLastOfInNarrowChars(const Osl_VisualString& set, size_t pos) const {
-    if (!unicode()) return cells_.find_last_of(set.cells_, pos);
-    return findCell(pos, false, [&](const char* cell) { return inSet(set.cells_, cell); });
+    return unicode() ? findInSet(set, pos, false, true) : cells_.find_last_of(set.cells_, pos);
 }
-
 size_t Osl_VisualString::FindLastNotOfInNarrowChars(const Osl_VisualString& set, size_t pos) const {
-    if (!unicode()) return cells_.find_last_not_of(set.cells_, pos);
-    return findCell(pos, false, [&](const char* cell) { return !inSet(set.cells_, cell); });
+    return unicode() ? findInSet(set, pos, false, false) : cells_.find_last_not_of(set.cells_, pos);
 }
 
 // --- character units -------------------------------------------------------------------------

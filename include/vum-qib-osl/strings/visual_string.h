@@ -164,8 +164,7 @@ private:
     Osl_VisualString& replaceCells(size_t pos, size_t n, const std::string& with, long policy);
     size_t charRange(size_t pos, size_t n, size_t& narrowCount) const;
     size_t toChars(size_t narrowPos) const;
-    template <class Match>
-    size_t findCell(size_t pos, bool forward, Match match) const;
+    size_t findInSet(const Osl_VisualString& set, size_t pos, bool forward, bool member) const;
 
     std::string cells_;
     mutable std::vector<uint64_t> charToNarrow_;
