@@ -65,5 +65,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${OSL_DEB_RUNTIME} (>= ${OSL_DEB_VERSION
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command-line front end of the vum-qib-osl library
  qibosl gives shell scripts and operators the services of the library: INI
  files, message catalogs, encoding conversion, pattern matching, logging,
- named locks, statistics reports and external programs with a time-out.")
+ named locks, statistics reports and external programs with a time-out.
+ The package also holds vum-qib-http-file-cgi.exe, the CGI program that
+ serves and stores remote INI files for a web server.")
 include(CPack)

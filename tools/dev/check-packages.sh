@@ -25,9 +25,9 @@ if grep -E '^[EW]: ' "$work/lintian.log" | grep -vE ": ($explained) " >&2; then
     fail "lintian reports the lines above"
 fi
 
-# Dependencies are computed: the library's must name ICU and PCRE2 packages.
+# Dependencies are computed: the library's must name the ICU, PCRE2 and libcurl packages.
 depends=$(dpkg-deb -f "$work"/build/libvum-qib-osl0_*.deb Depends)
-for lib in libicu libpcre2-8 libc6; do
+for lib in libicu libpcre2-8 libcurl libc6; do
     [[ $depends == *"$lib"* ]] || fail "library package does not depend on $lib: $depends"
 done
 
