@@ -8,6 +8,7 @@
 #include <pcre2.h>
 
 #include <array>
+#include <atomic>
 #include <clocale>
 #include <cstring>
 
@@ -133,9 +134,13 @@ struct Pcre2Regex::Impl {
     bool utf8 = false;
     bool looksBefore = false;
     bool matched = false;
+    // Match data for matchLength, taken by one caller at a time; a caller that finds it taken
+    // makes its own. Lock-free, and nothing per thread.
+    mutable std::atomic<pcre2_match_data*> spare{nullptr};
 
     ~Impl() { clear(); }
     void clear() {
+        pcre2_match_data_free(spare.exchange(nullptr));
         pcre2_match_data_free(matchData);
         pcre2_code_free(code);
         pcre2_match_context_free(matchContext);
@@ -242,25 +247,22 @@ long Pcre2Regex::matchLength(const char* subject, std::size_t length) const {
         subject = "";
     }
     const Impl& m = *impl_;
-    // Match data of this thread, grown to what the pattern needs: nothing of the object is
-    // written, so several threads may match one compiled pattern at once.
-    struct MatchData {
-        pcre2_match_data* data = nullptr;
-        ~MatchData() { pcre2_match_data_free(data); }
-    };
-    thread_local MatchData local;
-    if (local.data == nullptr) local.data = pcre2_match_data_create(1, nullptr);
-    if (local.data == nullptr) return -2;
+    pcre2_match_data* data = m.spare.exchange(nullptr, std::memory_order_acquire);
+    if (data == nullptr) data = pcre2_match_data_create(1, nullptr);
+    if (data == nullptr) return -2;
     // Invalid UTF-8 cannot match (the pattern was compiled with PCRE2_MATCH_INVALID_UTF), so the
     // subject needs no check of its own.
     const auto* s = reinterpret_cast<PCRE2_SPTR>(subject);
-    int rc = m.jit ? pcre2_jit_match(m.code, s, length, 0, 0, local.data, nullptr)
-                   : pcre2_match(m.code, s, length, 0, 0, local.data, nullptr);
-    if (rc == PCRE2_ERROR_JIT_STACKLIMIT) rc = pcre2_match(m.code, s, length, 0, PCRE2_NO_JIT, local.data, nullptr);
-    if (rc == PCRE2_ERROR_NOMATCH) return -1;
-    if (rc < 0) return -2;
-    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(local.data);
-    return ovector[1] >= ovector[0] ? static_cast<long>(ovector[1] - ovector[0]) : -2;
+    int rc = m.jit ? pcre2_jit_match(m.code, s, length, 0, 0, data, nullptr)
+                   : pcre2_match(m.code, s, length, 0, 0, data, nullptr);
+    if (rc == PCRE2_ERROR_JIT_STACKLIMIT) rc = pcre2_match(m.code, s, length, 0, PCRE2_NO_JIT, data, nullptr);
+    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(data);
+    const long result = rc == PCRE2_ERROR_NOMATCH ? -1
+                        : rc < 0 || ovector[1] < ovector[0] ? -2
+                                                            : static_cast<long>(ovector[1] - ovector[0]);
+    pcre2_match_data* empty = nullptr;
+    if (!m.spare.compare_exchange_strong(empty, data, std::memory_order_release)) pcre2_match_data_free(data);
+    return result;
 }
 
 bool Pcre2Regex::group(std::size_t i, std::size_t& start, std::size_t& end) const {

@@ -59,7 +59,7 @@ TEST(Pcre2RegexTest, Utf8ModeMatchesCharactersAndChecksTheSubject) {
     EXPECT_EQ(re.exec(invalid.data(), invalid.size(), 0, true), 1);
 }
 
-TEST(Pcre2RegexTest, ValidationRejectsMalformedSequences) {
+TEST(Pcre2RegexTest, ValidationRefusesWhatPcre2Refuses) {
     EXPECT_TRUE(isValidUtf8("abc\xe2\x82\xac", 6));
     struct Case {
         const char* bytes;

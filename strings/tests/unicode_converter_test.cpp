@@ -19,11 +19,7 @@ namespace {
 
 std::string hex(const std::string& s) {
     std::string out;
-    char buf[4];
-    for (unsigned char c : s) {
-        std::snprintf(buf, sizeof buf, "%02X ", c);
-        out += buf;
-    }
+    for (unsigned char c : s) out += {"0123456789ABCDEF"[c >> 4], "0123456789ABCDEF"[c & 15], ' '};
     return out;
 }
 
