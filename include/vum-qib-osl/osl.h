@@ -23,6 +23,7 @@
 #include <vum-qib-osl/strings/unicode_configuration.h>
 #include <vum-qib-osl/strings/unicode_converter.h>
 #include <vum-qib-osl/strings/utf8_string.h>
+#include <vum-qib-osl/strings/visual_string.h>
 
 #include <vum-qib-osl/message/format_string.h>
 #include <vum-qib-osl/message/map_file.h>

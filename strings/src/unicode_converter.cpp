@@ -8,10 +8,13 @@
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
 #include <vum-qib-osl/strings/unicode_configuration.h>
+#include <vum-qib-osl/strings/utf8_string.h>
+#include <vum-qib-osl/strings/visual_string.h>
 
 #include "platform/icu_text.h"
 #include "strings/src/single_byte_tables.h"
 #include "strings/src/utf_transform.h"
+#include "strings/src/visual_cells.h"
 
 #include <algorithm>
 #include <cstring>
@@ -340,53 +343,25 @@ ConversionRC Osl_UnicodeConverter::ConvertUTF8toUCS2(const std::string& src, std
 // --- visual form -----------------------------------------------------------------------------
 
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toVisual(const char* src, size_t srcLen, char* dst, size_t& dstLen) {
-    const char* p = src;
-    const char* end = src + srcLen;
-    size_t capacity = dst == nullptr ? 0 : dstLen;
-    size_t w = 0;
-    ConversionRC rc = ConversionOK;
-    while (p < end) {
-        const char* next = GetNextCharUTF8(p);
-        auto len = static_cast<size_t>(next - p);
-        if (len > 3 || next > end) {  // ends the conversion; its bytes count as handled
-            p = std::min(next, end);
-            break;
-        }
-        bool wide = len == 3 && !IsNarrowChar(p, 3);
-        if (capacity - w < (wide ? 6u : 3u)) {
-            rc = ConversionNoSpace;
-            break;
-        }
-        char* cell = dst + w;
-        if (len == 1) {
-            cell[0] = '\xFE';
-            cell[1] = '\xFE';
-            cell[2] = p[0];
-        } else if (len == 2) {
-            cell[0] = '\xFE';
-            cell[1] = p[0];
-            cell[2] = p[1];
-        } else {
-            std::memcpy(cell, p, 3);
-        }
-        w += 3;
-        if (wide) {
-            std::memset(dst + w, 0xFF, 3);
-            w += 3;
-        }
-        p = next;
-    }
-    handled_ = static_cast<int>(p - src);
-    dstLen = w;
-    return rc;
+    char none = 0;  // no buffer: no room, but the walk still stops where the first cell would go
+    size_t handled = 0;
+    bool full = false;
+    dstLen = osl::detail::utf8ToCells(src, srcLen, dst == nullptr ? &none : dst, dst == nullptr ? 0 : dstLen,
+                                      handled, full);
+    handled_ = static_cast<int>(handled);
+    return full ? ConversionNoSpace : ConversionOK;
 }
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toVisual(const char* src, size_t srcLen, char** dst, size_t& dstLen) {
     return allocating(6 * srcLen + 1, dst, dstLen, [&](char* d, size_t& l) { return ConvertUTF8toVisual(src, srcLen, d, l); });
 }
+// Visual editing converts small texts constantly: measure first, then write into the exact size.
 ConversionRC Osl_UnicodeConverter::ConvertUTF8toVisual(const std::string& src, std::string& dst) {
-    return intoString(src, dst, 6 * src.size() + 1, [&](const auto& s, char* d, size_t& l) {
-        return ConvertUTF8toVisual(s.data(), s.size(), d, l);
-    });
+    if (&src == &dst) {
+        const std::string copy = src;
+        return ConvertUTF8toVisual(copy, dst);
+    }
+    handled_ = static_cast<int>(osl::detail::assignCells(src.data(), src.size(), dst));
+    return ConversionOK;
 }
 
 ConversionRC Osl_UnicodeConverter::ConvertVisualtoUTF8(const char* src, size_t srcLen, char* dst, size_t& dstLen) {
@@ -395,7 +370,7 @@ ConversionRC Osl_UnicodeConverter::ConvertVisualtoUTF8(const char* src, size_t s
     ConversionRC rc = ConversionOK;
     for (; i < srcLen; ++i) {
         auto b = static_cast<unsigned char>(src[i]);
-        if (b >= 0xFE) continue;
+        if (b >= osl::detail::kCellFill) continue;  // the fill of a cell and the wide pad
         if (w == capacity) {
             rc = ConversionNoSpace;
             break;
@@ -449,6 +424,21 @@ ConversionRC Osl_UnicodeConverter::ConvertVisualtoUCS2(const std::string& src, s
     });
 }
 
+ConversionRC Osl_UnicodeConverter::ConvertUTF8toVisual(const Osl_UTF8String& src, Osl_VisualString& dst) {
+    dst.ClearMaps();
+    return ConvertUTF8toVisual(src.ToString(), dst.cells_);
+}
+ConversionRC Osl_UnicodeConverter::ConvertVisualtoUTF8(const Osl_VisualString& src, Osl_UTF8String& dst) {
+    return ConvertVisualtoUTF8(src.cells_, static_cast<std::string&>(dst));
+}
+ConversionRC Osl_UnicodeConverter::ConvertUCS2toVisual(const std::u16string& src, Osl_VisualString& dst) {
+    dst.ClearMaps();
+    return ConvertUCS2toVisual(src, dst.cells_);
+}
+ConversionRC Osl_UnicodeConverter::ConvertVisualtoUCS2(const Osl_VisualString& src, std::u16string& dst) {
+    return ConvertVisualtoUCS2(src.cells_, dst);
+}
+
 // --- copies and detection --------------------------------------------------------------------
 
 ConversionRC Osl_UnicodeConverter::ConvertLocalEncodingtoUTF8(const std::string& src, std::string& dst) {
@@ -476,13 +466,7 @@ int64_t Osl_UnicodeConverter::GetWLength(const char16_t* s) {
 }
 int64_t Osl_UnicodeConverter::GetWLength(const std::u16string& s) { return GetWLength(s.c_str()); }
 
-bool Osl_UnicodeConverter::IsWideUnicode(char16_t c) {
-    if (c < 0x1100) return false;
-    if (c <= 0x115F) return true;
-    if (c >= 0x2E80 && c <= 0xA4CF) return (c & 0xFFEE) != 0x300A && c != 0x303F;
-    return (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0xF900 && c <= 0xFAFF) || (c >= 0xFE30 && c <= 0xFE6F) ||
-           (c >= 0xFF00 && c <= 0xFF5F) || (c >= 0xFFE0 && c <= 0xFFE6);
-}
+bool Osl_UnicodeConverter::IsWideUnicode(char16_t c) { return osl::detail::isWideCodePoint(c); }
 
 bool Osl_UnicodeConverter::IsNarrowChar(const char* p, size_t len) {
     if (p == nullptr) return true;

@@ -223,6 +223,7 @@ int cmdDemo(const Args& args) {
     demoSettings(installation.string());
     demoRemoteSettings(installation.string());
     demoText();
+    demoColumns();
     demoEnvironment(installation);
     demoLogging(installation.string());
     demoStatistics(installation);

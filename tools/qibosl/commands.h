@@ -64,6 +64,9 @@ void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
 int cmdMatch(const Args& args);
 int cmdAutoEdit(const Args& args);
+// Text in display columns (cmd_columns.cpp).
+int cmdColumns(const Args& args);
+void demoColumns();
 /// The demo's logging part: the example installation's logging configuration.
 void demoLogging(const std::string& installation);
 // Statistics (cmd_stats.cpp): the demo counts each of its steps and writes a report at the end.

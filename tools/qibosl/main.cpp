@@ -29,6 +29,7 @@ constexpr Command kCommands[] = {
     {"dirs", "dirs", qibosl::cmdDirs},
     {"match", "match", qibosl::cmdMatch},
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
+    {"columns", "columns", qibosl::cmdColumns},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
     {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},

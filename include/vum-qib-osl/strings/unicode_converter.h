@@ -9,6 +9,9 @@
 #include <memory>
 #include <string>
 
+class Osl_UTF8String;
+class Osl_VisualString;
+
 /// The result of every conversion.
 enum ConversionRC : int {
     ConversionOK = 0,          ///< success
@@ -109,6 +112,11 @@ public:
     ConversionRC ConvertVisualtoUCS2(const char* src, size_t srcLen, char16_t* dst, size_t& dstLen);
     ConversionRC ConvertVisualtoUCS2(const char* src, size_t srcLen, char16_t** dst, size_t& dstLen);
     ConversionRC ConvertVisualtoUCS2(const std::string& src, std::u16string& dst);
+    /// The string forms of the visual conversions on the library's text types.
+    ConversionRC ConvertUTF8toVisual(const Osl_UTF8String& src, Osl_VisualString& dst);
+    ConversionRC ConvertVisualtoUTF8(const Osl_VisualString& src, Osl_UTF8String& dst);
+    ConversionRC ConvertUCS2toVisual(const std::u16string& src, Osl_VisualString& dst);
+    ConversionRC ConvertVisualtoUCS2(const Osl_VisualString& src, std::u16string& dst);
 
     /// Copy the bytes unchanged and return 0.
     static ConversionRC ConvertLocalEncodingtoUTF8(const std::string& src, std::string& dst);

@@ -41,6 +41,7 @@ expect out "demo: environment section" 'GeneralConfiguration::Init on an unset v
 expect out "demo: dloadlib" 'programm misc\\src\\dloadlib 76'
 expect out "demo: statistics" 'the demo took [1-9][0-9]* steps'
 expect out "demo: wildcard" '^files matching README\* (^README\.\*\$, case ignored): README'
+expect out "demo: table in columns" -F '|Invoice 2024-|'
 
 # catalog compile / dump / usage
 tmp=$(mktemp -d)
@@ -144,6 +145,10 @@ check autoedit 0 "$qibosl" autoedit 'log_%%Job.%%N' JOB=run n=7
 check autoedit-width 0 "$qibosl" autoedit -w '%%A   |' A=x
 [ "$(cat /tmp/qibosl-cli.$$.out)" = 'x     |' ] || { echo "FAIL autoedit -w: text"; fail=1; }
 check autoedit-bad-variable 2 "$qibosl" autoedit 'x' novalue
+# columns: a wide character cut by the column's end leaves a blank
+check columns 0 "$qibosl" columns -width=5 'ab' $'\xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97'
+[ "$(cat /tmp/qibosl-cli.$$.out)" = $'|ab   |\xE4\xB8\xAD\xE6\x96\x87 |' ] || { echo "FAIL columns: text"; fail=1; }
+check columns-no-width 2 "$qibosl" columns abc
 rm -f /tmp/qibosl-cli.$$.txt
 # ini: check, get, set, dump
 ini_dir=$(mktemp -d)
