@@ -18,9 +18,12 @@ enum class ChildGroup {
     OwnSession,  ///< a session of its own (setsid): detached from the caller's terminal
 };
 
-/// One started program. Its end sends no SIGCHLD and stays invisible to waitpid(-1) without
-/// __WALL, so a caller that ignores SIGCHLD or reaps in its own handler neither loses nor takes
-/// its exit status. Not copyable; one object belongs to one thread.
+/// One started program. From `start` until the program is reaped or detached, SIGCHLD has its
+/// default action in the whole process: a caller's SIG_IGN or own handler can neither discard nor
+/// take the exit status. Then the caller's action returns; a handler is invoked once (SIGCHLD
+/// sent to the process) to see what ended meanwhile, and under SIG_IGN the children that ended
+/// meanwhile are reaped. Only a waitpid(-1) on another thread can still take the status.
+/// Not copyable; one object belongs to one thread.
 class ChildProcess {
 public:
     ChildProcess() = default;
@@ -29,12 +32,11 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// Starts args[0] with the arguments args[1...], found the way posix_spawnp finds it (PATH when
-    /// the name has no "/", else the path itself; no shell for a file that is not a program),
-    /// with the caller's environment, directory, signal mask, ignored signals and descriptors
-    /// that are not close-on-exec. Costs the same whatever memory the caller holds (no page
-    /// tables are copied). Returns the errno of the failure (ENOENT for a program that is not
-    /// there), and then nothing runs.
+    /// Starts args[0] with the arguments args[1...] through posix_spawnp (PATH when the name has no
+    /// "/"), with the caller's environment, directory, signal mask and descriptors that are not
+    /// close-on-exec; SIGCHLD and SIGPIPE start with their default actions. Costs the same
+    /// whatever memory the caller holds. Returns the errno of the failure (ENOENT for a program
+    /// that is not there), and then nothing runs.
     std::error_code start(const std::vector<std::string>& args, ChildGroup group);
 
     /// Waits until the program ends, at most `limit` (no limit when empty) and without polling.
@@ -51,8 +53,11 @@ public:
     void detach();
 
 private:
+    void forget();
+
     int pid_ = -1;
     int pidfd_ = -1;  // -1 where the kernel has no process descriptors
+    bool waiting_ = false;  // holds the SIGCHLD default
 };
 
 /// Runs the command line through /bin/sh -c (system(3)) and returns system's result unchanged:

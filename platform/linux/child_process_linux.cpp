@@ -1,29 +1,28 @@
 // platform/linux/child_process_linux.cpp
-// Programs started the way posix_spawn starts them (a child sharing our memory until it has
-// called execve, so nothing is copied however large the caller is), but with clone(2) and no
-// exit signal: posix_spawn's children end with SIGCHLD, which a caller's SIG_IGN turns into
-// automatic reaping (the status is lost) and which a caller's own handler may reap first. A child
-// without exit signal is only seen by waitpid with __WALL, i.e. by us.
+// posix_spawnp, a process descriptor to wait on, and the caller's SIGCHLD set aside while we wait.
+// Every exec makes a child's end raise SIGCHLD; a caller's SIG_IGN turns that into automatic
+// reaping (the status is lost) and a caller's handler may reap our child first. So while any of
+// our waits runs, SIGCHLD has its default action; afterwards the caller's action comes back and
+// learns what ended meanwhile.
 #include "platform/child_process.h"
 
 #include <poll.h>
 #include <pthread.h>
-#include <sched.h>
 #include <signal.h>
+#include <spawn.h>
 #include <stdlib.h>
-#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <thread>
 
 extern char** environ;
@@ -33,93 +32,53 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kChildStack = 64 * 1024;
 constexpr std::size_t kReaperStack = 64 * 1024;
 constexpr auto kGroupEndLimit = std::chrono::seconds(5);
 
-// What the child needs, prepared by the parent: between clone and execve the child may only make
-// system calls (it runs on the parent thread's memory and thread-local storage).
-struct StartRequest {
-    char* const* args;
-    char* const* paths;  // the candidates for args[0], in search order
-    char* const* environment;
-    sigset_t callerMask;
-    ChildGroup group;
-    std::atomic<int> error{0};
+// SIGCHLD with its default action while at least one wait runs.
+struct SigchldWindow {
+    std::mutex lock;  // guards the rest
+    int waits = 0;
+    bool setAside = false;
+    struct sigaction callers {};
 };
 
-// The kernel's own sigaction layout (x86-64, arm64): the C library's differs and its sigaction()
-// is intercepted by sanitizers, whose bookkeeping the child must not touch.
-struct KernelSigaction {
-    void (*handler)(int);
-    unsigned long flags;
-    void (*restorer)();
-    unsigned long mask;
-};
-constexpr unsigned long kKernelSigsetSize = sizeof(unsigned long);
-constexpr int kSignals = 64;
-
-bool searchGoesOn(int error) {
-    // As execvp: these mean "not in this directory"; anything else ends the search.
-    return error == ENOENT || error == ENOTDIR || error == ESTALE || error == ENODEV || error == ETIMEDOUT;
+SigchldWindow& window() {
+    static SigchldWindow* instance = new SigchldWindow;
+    return *instance;
 }
 
-__attribute__((no_sanitize("address", "thread", "undefined"))) int startInChild(void* arg) {
-    auto* request = static_cast<StartRequest*>(arg);
-    // Our handlers must not run in the child: a signal arriving before execve gets the default
-    // action. Ignored signals stay ignored, as execve keeps them.
-    for (int sig = 1; sig <= kSignals; ++sig) {
-        KernelSigaction action{};
-        if (syscall(SYS_rt_sigaction, sig, nullptr, &action, kKernelSigsetSize) != 0) continue;
-        if (action.handler == SIG_DFL || action.handler == SIG_IGN) continue;
-        KernelSigaction byDefault{};
-        syscall(SYS_rt_sigaction, sig, &byDefault, nullptr, kKernelSigsetSize);
-    }
-    int error = 0;
-    if (request->group == ChildGroup::OwnSession && syscall(SYS_setsid) < 0) error = errno;
-    if (request->group == ChildGroup::OwnGroup && syscall(SYS_setpgid, 0, 0) != 0) error = errno;
-    if (error == 0) {
-        syscall(SYS_rt_sigprocmask, SIG_SETMASK, &request->callerMask, nullptr, kKernelSigsetSize);
-        bool denied = false;
-        error = ENOENT;
-        for (char* const* path = request->paths; *path != nullptr; ++path) {
-            syscall(SYS_execve, *path, request->args, request->environment);
-            error = errno;
-            if (error == EACCES) {
-                denied = true;
-            } else if (!searchGoesOn(error)) {
-                denied = false;
-                break;
-            }
+bool discardsStatus(const struct sigaction& action) {
+    return (action.sa_flags & SA_SIGINFO) == 0 && action.sa_handler == SIG_IGN;
+}
+
+void openWindow() {
+    SigchldWindow& w = window();
+    std::lock_guard<std::mutex> guard(w.lock);
+    if (w.waits++ > 0) return;
+    sigaction(SIGCHLD, nullptr, &w.callers);
+    const bool byDefault =
+        (w.callers.sa_flags & (SA_SIGINFO | SA_NOCLDWAIT)) == 0 && w.callers.sa_handler == SIG_DFL;
+    if (byDefault) return;
+    struct sigaction plain {};
+    plain.sa_handler = SIG_DFL;
+    sigaction(SIGCHLD, &plain, nullptr);
+    w.setAside = true;
+}
+
+void closeWindow() {
+    SigchldWindow& w = window();
+    std::lock_guard<std::mutex> guard(w.lock);
+    if (--w.waits > 0 || !w.setAside) return;
+    w.setAside = false;
+    sigaction(SIGCHLD, &w.callers, nullptr);
+    if (discardsStatus(w.callers) || (w.callers.sa_flags & SA_NOCLDWAIT) != 0) {
+        // Children that ended meanwhile would have left no zombie: take them now.
+        while (waitpid(-1, nullptr, WNOHANG | __WALL) > 0) {
         }
-        if (denied) error = EACCES;
+    } else {
+        kill(getpid(), SIGCHLD);  // the caller's handler looks at what ended meanwhile
     }
-    request->error.store(error);
-    syscall(SYS_exit, 127);
-    return 127;
-}
-
-std::vector<std::string> programPaths(const std::string& name) {
-    if (name.find('/') != std::string::npos) return {name};
-    const char* path = getenv("PATH");  // NOLINT(concurrency-mt-unsafe): read once, as execvp does
-    const std::string dirs = path != nullptr ? path : "/bin:/usr/bin";
-    std::vector<std::string> paths;
-    std::size_t begin = 0;
-    for (;;) {
-        const std::size_t end = dirs.find(':', begin);
-        const std::string dir = dirs.substr(begin, end == std::string::npos ? std::string::npos : end - begin);
-        paths.push_back((dir.empty() ? "." : dir) + "/" + name);
-        if (end == std::string::npos) return paths;
-        begin = end + 1;
-    }
-}
-
-std::vector<char*> pointers(const std::vector<std::string>& texts) {
-    std::vector<char*> result;
-    result.reserve(texts.size() + 1);
-    for (const std::string& text : texts) result.push_back(const_cast<char*>(text.c_str()));
-    result.push_back(nullptr);
-    return result;
 }
 
 int resultOf(int status) {
@@ -151,14 +110,30 @@ int pollMilliseconds(Clock::duration left) {
     return ms > INT_MAX ? INT_MAX : static_cast<int>(ms);
 }
 
-void* reapInBackground(void* pid) {
-    reap(static_cast<int>(reinterpret_cast<std::intptr_t>(pid)));
+struct Detached {
+    int pid;
+    int pidfd;
+};
+
+void* reapInBackground(void* arg) {
+    const Detached child = *static_cast<Detached*>(arg);
+    delete static_cast<Detached*>(arg);
+    if (child.pidfd < 0) {
+        reap(child.pid);
+        return nullptr;
+    }
+    // Through the descriptor: should the caller's SIG_IGN have reaped it already, its pid may
+    // belong to someone else by now.
+    siginfo_t info;
+    while (waitid(P_PIDFD, static_cast<id_t>(child.pidfd), &info, WEXITED | __WALL) != 0 && errno == EINTR) {
+    }
+    close(child.pidfd);
     return nullptr;
 }
 
 // A small detached thread with every signal blocked, so that the caller's process-directed
 // signals never land on it.
-bool startReaper(int pid) {
+bool startReaper(const Detached& child) {
     pthread_attr_t attr;
     if (pthread_attr_init(&attr) != 0) return false;
     sigset_t all;
@@ -166,10 +141,11 @@ bool startReaper(int pid) {
     pthread_attr_setstacksize(&attr, kReaperStack);
     pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
     pthread_attr_setsigmask_np(&attr, &all);
+    auto* arg = new Detached(child);
     pthread_t thread;
-    const bool started = pthread_create(&thread, &attr, reapInBackground,
-                                        reinterpret_cast<void*>(static_cast<std::intptr_t>(pid))) == 0;
+    const bool started = pthread_create(&thread, &attr, reapInBackground, arg) == 0;
     pthread_attr_destroy(&attr);
+    if (!started) delete arg;
     return started;
 }
 
@@ -215,34 +191,50 @@ void waitForGroupEnd(int group) {
     }
 }
 
+class SpawnAttributes {
+public:
+    explicit SpawnAttributes(ChildGroup group) {
+        posix_spawnattr_init(&attr_);
+        // SIGCHLD and SIGPIPE start with their default actions even where the caller ignores them.
+        sigset_t reset;
+        sigemptyset(&reset);
+        sigaddset(&reset, SIGCHLD);
+        sigaddset(&reset, SIGPIPE);
+        posix_spawnattr_setsigdefault(&attr_, &reset);
+        short flags = POSIX_SPAWN_SETSIGDEF;
+        if (group == ChildGroup::OwnSession) flags |= POSIX_SPAWN_SETSID;
+        if (group == ChildGroup::OwnGroup) flags |= POSIX_SPAWN_SETPGROUP;  // process group 0: its own
+        posix_spawnattr_setflags(&attr_, flags);
+    }
+    ~SpawnAttributes() { posix_spawnattr_destroy(&attr_); }
+    SpawnAttributes(const SpawnAttributes&) = delete;
+    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
+    const posix_spawnattr_t* get() const { return &attr_; }
+
+private:
+    posix_spawnattr_t attr_;
+};
+
 }  // namespace
 
 ChildProcess::~ChildProcess() { detach(); }
 
 std::error_code ChildProcess::start(const std::vector<std::string>& args, ChildGroup group) {
     if (args.empty() || args[0].empty()) return {ENOENT, std::generic_category()};
-    const std::vector<char*> argv = pointers(args);
-    const std::vector<std::string> paths = programPaths(args[0]);
-    const std::vector<char*> pathv = pointers(paths);
-    StartRequest request{argv.data(), pathv.data(), environ, {}, group};
-
-    void* stack = mmap(nullptr, kChildStack, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-    if (stack == MAP_FAILED) return {errno, std::generic_category()};
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &request.callerMask);
-    // CLONE_VFORK: we go on once the child has called execve or ended.
-    const int pid = clone(startInChild, static_cast<char*>(stack) + kChildStack, CLONE_VM | CLONE_VFORK, &request);
-    const int cloneError = errno;
-    pthread_sigmask(SIG_SETMASK, &request.callerMask, nullptr);
-    munmap(stack, kChildStack);
-    if (pid < 0) return {cloneError, std::generic_category()};
-    if (const int error = request.error.load(); error != 0) {
-        reap(pid);
+    std::vector<char*> argv;
+    argv.reserve(args.size() + 1);
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    const SpawnAttributes attributes(group);
+    openWindow();
+    pid_t pid = -1;
+    if (const int error = posix_spawnp(&pid, argv[0], nullptr, attributes.get(), argv.data(), environ)) {
+        closeWindow();
         return {error, std::generic_category()};
     }
     pid_ = pid;
-    // Race-free: a child without exit signal stays ours (at worst a zombie) until we reap it.
+    waiting_ = true;
+    // Race-free: with SIGCHLD at its default nobody but a waitpid(-1) of the caller reaps it.
     pidfd_ = openProcess(pid);
     return {};
 }
@@ -257,26 +249,24 @@ std::optional<int> ChildProcess::wait(std::optional<std::chrono::milliseconds> l
                 pollfd end{pidfd_, POLLIN, 0};
                 const int ready = poll(&end, 1, left > Clock::duration::zero() ? pollMilliseconds(left) : 0);
                 if (ready > 0) break;
-                if (ready < 0 && errno != EINTR) return -1;
+                if (ready < 0 && errno != EINTR) break;  // cannot wait with a limit: reap below
                 if (ready == 0 && Clock::now() >= deadline) return std::nullopt;
             } else {
                 // Kernels before 5.3 have no process descriptors: look with growing pauses.
                 int status = 0;
                 const int found = waitpid(pid_, &status, WNOHANG | __WALL);
-                if (found == pid_) {
-                    pid_ = -1;
-                    return resultOf(status);
+                if (found == pid_ || (found < 0 && errno != EINTR)) {
+                    const int result = found == pid_ ? resultOf(status) : -1;
+                    forget();
+                    return result;
                 }
-                if (found < 0 && errno != EINTR) return -1;
                 if (left <= Clock::duration::zero()) return std::nullopt;
                 std::this_thread::sleep_for(std::min<Clock::duration>(std::chrono::milliseconds(pause), left));
             }
         }
     }
     const int result = reap(pid_);
-    pid_ = -1;
-    if (pidfd_ >= 0) close(pidfd_);
-    pidfd_ = -1;
+    forget();
     return result;
 }
 
@@ -289,11 +279,19 @@ void ChildProcess::killGroup() {
 }
 
 void ChildProcess::detach() {
+    if (pid_ < 0) return;
+    // Should no thread be available, the program ends as a zombie that stays until we exit.
+    if (!startReaper({pid_, pidfd_}) && pidfd_ >= 0) close(pidfd_);
+    pidfd_ = -1;
+    forget();
+}
+
+void ChildProcess::forget() {
     if (pidfd_ >= 0) close(pidfd_);
     pidfd_ = -1;
-    // Should no thread be available, the program ends as a zombie that stays until we exit.
-    if (pid_ >= 0) startReaper(pid_);
     pid_ = -1;
+    if (waiting_) closeWindow();
+    waiting_ = false;
 }
 
 int runShellCommand(const char* command) {
