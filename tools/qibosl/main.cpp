@@ -31,6 +31,7 @@ constexpr Command kCommands[] = {
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"run", "run", qibosl::cmdRun},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
@@ -94,7 +95,8 @@ int main(int argc, char** argv) {
     for (const Command& c : kCommands) {
         if (name != c.name) continue;
         try {
-            return c.run(line.rest());
+            // run passes its command's words on untouched: no joining of "-x = y", no dropped "".
+            return c.run(name == "run" ? qibosl::Args(argv + 2, argv + argc) : line.rest());
         } catch (const qibosl::UsageError& e) {
             std::cerr << "qibosl " << name << ": " << e.what() << "\n\n";
             qibosl::printUsage(std::cerr, {c.usageSet});
