@@ -221,6 +221,7 @@ int cmdDemo(const Args& args) {
     demoText();
     demoEnvironment(installation);
     demoLogging(installation.string());
+    demoPrograms();
     return 0;
 }
 

@@ -1,12 +1,14 @@
 // tools/qibosl/cmd_run.cpp
 // qibosl run: a program with a time-out, so that shell scripts get the guarantee of Osl_System:
-// on expiry the program and everything it started are gone.
+// on expiry the program and everything it started are gone. Also the demo's part on programs.
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/misc/osl_system.h>
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstring>
+#include <iomanip>
 #include <iostream>
 #include <optional>
 
@@ -86,6 +88,17 @@ int cmdRun(const Args& args) {
     if (result == -666) return kTimedOutStatus;
     if (notStarted) return kNotStartedStatus;
     return result < 0 ? kNoStatus : result;
+}
+
+void demoPrograms() {
+    std::cout << "\n== external programs with a time-out\n";
+    std::cout << "Osl_System(\"sh -c \\\"exit 3\\\"\", 5) = " << Osl_System("sh -c \"exit 3\"", 5)
+              << "   (the program's exit code)\n";
+    const auto start = std::chrono::steady_clock::now();
+    const int result = Osl_System("sleep 30", 1);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    std::cout << "Osl_System(\"sleep 30\", 1) = " << result << " after " << std::fixed << std::setprecision(1)
+              << took.count() << " s   (killed when the time-out elapsed)\n";
 }
 
 }  // namespace qibosl

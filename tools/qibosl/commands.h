@@ -55,6 +55,7 @@ void demoEnvironment(const std::filesystem::path& installation);
 int cmdMatch(const Args& args);
 /// qibosl run -timeout=SECONDS -- COMMAND...: Osl_System with a time-out (cmd_run.cpp).
 int cmdRun(const Args& args);
+void demoPrograms();
 int cmdAutoEdit(const Args& args);
 /// The demo's logging part: the example installation's logging configuration.
 void demoLogging(const std::string& installation);

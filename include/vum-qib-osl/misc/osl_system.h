@@ -34,6 +34,7 @@ OSL_API int Osl_System(const std::string& command);
 /// as errors: "Failed to invoke extern program (CMD)  Because Error(N) TEXT" and "Time out elapced
 /// for extern program executing (CMD)  Because timeout: T sec". Never throws for a failure of the
 /// command. Safe to call from several threads at once; each call blocks its thread for the wait.
-/// The exit status is kept even when the caller ignores SIGCHLD or reaps children in its own
-/// SIGCHLD handler (the program's end raises no SIGCHLD).
+/// While a call waits, SIGCHLD has its default action in the process, so that a caller's SIG_IGN
+/// or own SIGCHLD handler can neither discard nor reap the program's status; then the caller's
+/// action returns, and a handler gets one SIGCHLD for the children that ended meanwhile.
 OSL_API int Osl_System(const std::string& command, int timeout);

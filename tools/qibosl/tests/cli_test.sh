@@ -38,6 +38,7 @@ expect out "demo: journal header" 'first line of journal.log: \[LOG 1 00 [0-9]\{
 [ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
 expect out "demo: environment section" 'GeneralConfiguration::Init on an unset variable throws the integer 2'
 expect out "demo: dloadlib" 'programm misc\\src\\dloadlib 76'
+expect out "demo: time-out" '^Osl_System("sleep 30", 1) = -666 after'
 expect out "demo: wildcard" '^files matching README\* (^README\.\*\$, case ignored): README'
 
 # catalog compile / dump / usage
