@@ -44,7 +44,8 @@ int forkExecAndWait() {
 void holdLargeMemory() {
     static void* memory = nullptr;
     if (memory != nullptr) return;
-    memory = mmap(nullptr, kLargeParent, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    memory =
+        mmap(nullptr, kLargeParent, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) return;
     std::memset(memory, 1, kLargeParent);
 }
@@ -77,10 +78,14 @@ void BM_ForkExec(benchmark::State& state) {
 
 // The small parent first: the large memory, once taken, stays.
 BENCHMARK_TEMPLATE(BM_Osl, false)->Name("run_true/osl")->Unit(benchmark::kMicrosecond);
-BENCHMARK_TEMPLATE(BM_PosixSpawn, false)->Name("run_true/posix_spawn")->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(BM_PosixSpawn, false)
+    ->Name("run_true/posix_spawn")
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Poco)->Name("run_true/poco")->Unit(benchmark::kMicrosecond);
 BENCHMARK_TEMPLATE(BM_Osl, true)->Name("run_true_1GiB_parent/osl")->Unit(benchmark::kMicrosecond);
-BENCHMARK_TEMPLATE(BM_PosixSpawn, true)->Name("run_true_1GiB_parent/posix_spawn")->Unit(benchmark::kMicrosecond);
+BENCHMARK_TEMPLATE(BM_PosixSpawn, true)
+    ->Name("run_true_1GiB_parent/posix_spawn")
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_ForkExec)->Name("run_true_1GiB_parent/fork_exec")->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();

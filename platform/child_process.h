@@ -44,7 +44,7 @@ public:
     /// when the status cannot be read. Empty when the limit passed first; the program runs on.
     std::optional<int> wait(std::optional<std::chrono::milliseconds> limit);
 
-    /// Sends SIGKILL to the program's process group (it must have been started with OwnGroup),
+    /// Sends SIGKILL to the program and its process group (started with OwnGroup),
     /// reaps the program, and waits (a few seconds at most) until every other member of the
     /// group has ended too. A descendant that left the group (setsid, a daemon) is not followed.
     void killGroup();
@@ -56,7 +56,7 @@ private:
     void forget();
 
     int pid_ = -1;
-    int pidfd_ = -1;  // -1 where the kernel has no process descriptors
+    int pidfd_ = -1;        // -1 where the kernel has no process descriptors
     bool waiting_ = false;  // holds the SIGCHLD default
 };
 

@@ -73,7 +73,8 @@ std::vector<std::string> splitWords(const std::string& command) {
 
 int startFailed(const std::string& command, int error) {
     std::string text = "Error(" + std::to_string(error) + ")";
-    if (const std::string system = osl::platform::systemErrorText(error); !system.empty()) text += " " + system;
+    if (const std::string system = osl::platform::systemErrorText(error); !system.empty())
+        text += " " + system;
     OSL_LOG(SevError, nullptr, "System") << "Failed to invoke extern program (" << command << ") "
                                          << " Because " << text;
     return error;
@@ -83,7 +84,9 @@ int startFailed(const std::string& command, int error) {
 
 int Osl_System(const char* command) { return osl::platform::runShellCommand(command); }
 
-int Osl_System(const std::string& command) { return osl::platform::runShellCommand(command.c_str()); }
+int Osl_System(const std::string& command) {
+    return osl::platform::runShellCommand(command.c_str());
+}
 
 int Osl_System(const std::string& command, int timeout) {
     OSL_LOG(SevInfo, nullptr, "System") << "FullCommand: " << command;
@@ -91,11 +94,12 @@ int Osl_System(const std::string& command, int timeout) {
     if (command.find('\0') != std::string::npos) return startFailed(command, EINVAL);
 
     using osl::platform::ChildGroup;
-    const ChildGroup group = timeout == -2  ? ChildGroup::OwnSession
+    const ChildGroup group = timeout == -2 ? ChildGroup::OwnSession
                              : timeout > 0 ? ChildGroup::OwnGroup
                                            : ChildGroup::Caller;
     osl::platform::ChildProcess child;
-    if (const std::error_code ec = child.start(splitWords(command), group)) return startFailed(command, ec.value());
+    if (const std::error_code ec = child.start(splitWords(command), group))
+        return startFailed(command, ec.value());
     if (timeout < 0) {
         child.detach();
         return 0;
@@ -104,7 +108,8 @@ int Osl_System(const std::string& command, int timeout) {
     if (timeout > 0) limit = std::chrono::seconds(timeout);
     if (const std::optional<int> result = child.wait(limit)) return *result;
     child.killGroup();
-    OSL_LOG(SevError, nullptr, "System") << "Time out elapced for extern program executing (" << command << ") "
-                                         << " Because timeout: " << timeout << " sec";
+    OSL_LOG(SevError, nullptr, "System")
+        << "Time out elapced for extern program executing (" << command << ") "
+        << " Because timeout: " << timeout << " sec";
     return kTimedOut;
 }

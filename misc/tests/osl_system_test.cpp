@@ -27,7 +27,8 @@ bool running(int pid) {
 
 // The words the program wrote into `file`, once it is there (the program may still be starting).
 std::vector<int> numbersIn(const std::string& file) {
-    for (int i = 0; i < 1000 && !std::filesystem::exists(file); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 1000 && !std::filesystem::exists(file); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     std::ifstream in(file);
     std::vector<int> numbers;
     for (int n = 0; in >> n;) numbers.push_back(n);
@@ -49,7 +50,8 @@ TEST_F(OslSystemTest, TimedFormGivesExitCodeSignalOrStartError) {
         {"sh -c \"exit 3\"", 0, 3},
         {"sh -c \"kill -TERM $$\"", 5, 128 + SIGTERM},
         // Quoted words, an escaped quote, backslashes before a quote and elsewhere, a tab.
-        {R"(sh -c "[ \"$0\" = 'x \"y' ] && [ $1 = 'a\\b' ] && [ \"$2\" = '\\c d' ]" "x \"y")" "\t"
+        {R"(sh -c "[ \"$0\" = 'x \"y' ] && [ $1 = 'a\\b' ] && [ \"$2\" = '\\c d' ]" "x \"y")"
+         "\t"
          R"(a\\b \\\\"c d")",
          5, 0},
         {"no-such-program-here", 5, 2},
@@ -68,8 +70,10 @@ TEST_F(OslSystemTest, StartFailureIsLoggedWithTheSystemText) {
     EXPECT_EQ(Osl_System("no-such-program-here -x", 0), 2);
     ASSERT_EQ(lines().size(), 2u);
     EXPECT_THAT(lines()[0], EndsWith("FullCommand: no-such-program-here -x"));
-    EXPECT_THAT(lines()[1], EndsWith("Failed to invoke extern program (no-such-program-here -x)  Because Error(2) "
-                                     "No such file or directory"));
+    EXPECT_THAT(
+        lines()[1],
+        EndsWith("Failed to invoke extern program (no-such-program-here -x)  Because Error(2) "
+                 "No such file or directory"));
 }
 
 TEST_F(OslSystemTest, TimeOutKillsTheProgramAndWhatItStarted) {
@@ -89,8 +93,8 @@ TEST_F(OslSystemTest, NegativeTimeOutLeavesTheProgramRunning) {
         SCOPED_TRACE(timeout);
         const std::string file = dir_.file("ids" + std::to_string(timeout));
         // Writes its pid and session id, then sleeps: still running if we did not wait for it.
-        EXPECT_EQ(Osl_System("sh -c \"echo $$ $(cut -d' ' -f6 /proc/$$/stat) > " + file + ".t; mv " + file +
-                                 ".t " + file + "; exec sleep 60\"",
+        EXPECT_EQ(Osl_System("sh -c \"echo $$ $(cut -d' ' -f6 /proc/$$/stat) > " + file +
+                                 ".t; mv " + file + ".t " + file + "; exec sleep 60\"",
                              timeout),
                   0);
         const std::vector<int> ids = numbersIn(file);
@@ -99,7 +103,8 @@ TEST_F(OslSystemTest, NegativeTimeOutLeavesTheProgramRunning) {
         EXPECT_EQ(ids[1] == getsid(0), timeout == -1);
         kill(ids[0], SIGKILL);
         // Reaped in the background: no zombie stays.
-        for (int i = 0; i < 1000 && std::filesystem::exists("/proc/" + std::to_string(ids[0])); ++i) {
+        for (int i = 0; i < 1000 && std::filesystem::exists("/proc/" + std::to_string(ids[0]));
+             ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         EXPECT_FALSE(std::filesystem::exists("/proc/" + std::to_string(ids[0])));
@@ -115,14 +120,18 @@ TEST_F(OslSystemTest, EachThreadGetsItsExitCodeWhateverTheCallerDoesWithSigchld)
     struct sigaction original {};
     sigaction(SIGCHLD, nullptr, &original);
     for (void (*handler)(int) : {SIG_DFL, SIG_IGN, &reapAll}) {
-        SCOPED_TRACE(handler == SIG_DFL ? "default" : handler == SIG_IGN ? "ignored" : "reaping handler");
+        SCOPED_TRACE(handler == SIG_DFL   ? "default"
+                     : handler == SIG_IGN ? "ignored"
+                                          : "reaping handler");
         struct sigaction action {};
         action.sa_handler = handler;
         sigaction(SIGCHLD, &action, nullptr);
         std::vector<int> results(6, -100);
         std::vector<std::thread> threads;
         for (int i = 0; i < 6; ++i) {
-            threads.emplace_back([&results, i] { results[i] = Osl_System("sh -c \"exit " + std::to_string(i + 10) + "\"", 10); });
+            threads.emplace_back([&results, i] {
+                results[i] = Osl_System("sh -c \"exit " + std::to_string(i + 10) + "\"", 10);
+            });
         }
         for (std::thread& t : threads) t.join();
         for (int i = 0; i < 6; ++i) EXPECT_EQ(results[i], i + 10) << "thread " << i;

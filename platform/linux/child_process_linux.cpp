@@ -125,7 +125,8 @@ void* reapInBackground(void* arg) {
     // Through the descriptor: should the caller's SIG_IGN have reaped it already, its pid may
     // belong to someone else by now.
     siginfo_t info;
-    while (waitid(P_PIDFD, static_cast<id_t>(child.pidfd), &info, WEXITED | __WALL) != 0 && errno == EINTR) {
+    while (waitid(P_PIDFD, static_cast<id_t>(child.pidfd), &info, WEXITED | __WALL) != 0 &&
+           errno == EINTR) {
     }
     close(child.pidfd);
     return nullptr;
@@ -165,7 +166,8 @@ std::vector<int> liveMembers(int group) {
         char state = 0;
         int parent = 0;
         int pgrp = 0;
-        if (std::sscanf(line.c_str() + close + 1, " %c %d %d", &state, &parent, &pgrp) != 3) continue;
+        if (std::sscanf(line.c_str() + close + 1, " %c %d %d", &state, &parent, &pgrp) != 3)
+            continue;
         if (pgrp == group && state != 'Z' && state != 'X') members.push_back(std::stoi(name));
     }
     return members;
@@ -203,7 +205,8 @@ public:
         posix_spawnattr_setsigdefault(&attr_, &reset);
         short flags = POSIX_SPAWN_SETSIGDEF;
         if (group == ChildGroup::OwnSession) flags |= POSIX_SPAWN_SETSID;
-        if (group == ChildGroup::OwnGroup) flags |= POSIX_SPAWN_SETPGROUP;  // process group 0: its own
+        if (group == ChildGroup::OwnGroup)
+            flags |= POSIX_SPAWN_SETPGROUP;  // process group 0: its own
         posix_spawnattr_setflags(&attr_, flags);
     }
     ~SpawnAttributes() { posix_spawnattr_destroy(&attr_); }
@@ -228,7 +231,8 @@ std::error_code ChildProcess::start(const std::vector<std::string>& args, ChildG
     const SpawnAttributes attributes(group);
     openWindow();
     pid_t pid = -1;
-    if (const int error = posix_spawnp(&pid, argv[0], nullptr, attributes.get(), argv.data(), environ)) {
+    if (const int error =
+            posix_spawnp(&pid, argv[0], nullptr, attributes.get(), argv.data(), environ)) {
         closeWindow();
         return {error, std::generic_category()};
     }
@@ -247,7 +251,8 @@ std::optional<int> ChildProcess::wait(std::optional<std::chrono::milliseconds> l
             const Clock::duration left = deadline - Clock::now();
             if (pidfd_ >= 0) {
                 pollfd end{pidfd_, POLLIN, 0};
-                const int ready = poll(&end, 1, left > Clock::duration::zero() ? pollMilliseconds(left) : 0);
+                const int ready =
+                    poll(&end, 1, left > Clock::duration::zero() ? pollMilliseconds(left) : 0);
                 if (ready > 0) break;
                 if (ready < 0 && errno != EINTR) break;  // cannot wait with a limit: reap below
                 if (ready == 0 && Clock::now() >= deadline) return std::nullopt;
@@ -261,7 +266,8 @@ std::optional<int> ChildProcess::wait(std::optional<std::chrono::milliseconds> l
                     return result;
                 }
                 if (left <= Clock::duration::zero()) return std::nullopt;
-                std::this_thread::sleep_for(std::min<Clock::duration>(std::chrono::milliseconds(pause), left));
+                std::this_thread::sleep_for(
+                    std::min<Clock::duration>(std::chrono::milliseconds(pause), left));
             }
         }
     }
@@ -274,6 +280,7 @@ void ChildProcess::killGroup() {
     if (pid_ < 0) return;
     const int group = pid_;
     kill(-group, SIGKILL);
+    kill(pid_, SIGKILL);  // should it have left its group; the pid stays ours until reaped
     wait(std::nullopt);
     waitForGroupEnd(group);
 }

@@ -51,7 +51,8 @@ std::string quoted(const std::string& word) {
 
 bool isTimeoutOption(const std::string& arg) {
     static const std::string kName = "-timeout=";
-    return arg.size() >= kName.size() && std::equal(kName.begin(), kName.end(), arg.begin(), [](char a, char b) {
+    return arg.size() >= kName.size() &&
+           std::equal(kName.begin(), kName.end(), arg.begin(), [](char a, char b) {
                return a == std::tolower(static_cast<unsigned char>(b));
            });
 }
@@ -81,7 +82,8 @@ int cmdRun(const Args& args) {
     if (!timeout) throw UsageError("run needs -timeout=SECONDS");
     if (first >= args.size()) throw UsageError("run needs a command");
     std::string command;
-    for (std::size_t i = first; i < args.size(); ++i) command += (i > first ? " " : "") + quoted(args[i]);
+    for (std::size_t i = first; i < args.size(); ++i)
+        command += (i > first ? " " : "") + quoted(args[i]);
 
     CLog::Instance()->SetFunctionChannel(toStandardError, SevError, "", false);
     const int result = Osl_System(command, *timeout);
@@ -97,8 +99,9 @@ void demoPrograms() {
     const auto start = std::chrono::steady_clock::now();
     const int result = Osl_System("sleep 30", 1);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    std::cout << "Osl_System(\"sleep 30\", 1) = " << result << " after " << std::fixed << std::setprecision(1)
-              << took.count() << " s   (killed when the time-out elapsed)\n";
+    std::cout << "Osl_System(\"sleep 30\", 1) = " << result << " after " << std::fixed
+              << std::setprecision(1) << took.count()
+              << " s   (killed when the time-out elapsed)\n";
 }
 
 }  // namespace qibosl
