@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "log/tests/log_test_support.h"
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -63,6 +64,11 @@ TEST_F(OslSystemTest, TimedFormGivesExitCodeSignalOrStartError) {
         EXPECT_EQ(Osl_System(c.command, c.timeout), c.result);
     }
     EXPECT_EQ(Osl_System("true " + std::string(2042, 'x'), 5), 0);
+    std::string wide = "true ";  // 2205 bytes, 1105 UTF-16 units
+    for (int i = 0; i < 1100; ++i) wide += "\xC3\xA9";
+    EXPECT_EQ(Osl_System(wide, 5), 7);
+    osl::test::ScopedUnicodeMode unicode(true);
+    EXPECT_EQ(Osl_System(wide, 5), 0);
 }
 
 TEST_F(OslSystemTest, StartFailureIsLoggedWithTheSystemText) {
