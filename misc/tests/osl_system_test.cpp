@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <thread>
@@ -118,8 +119,10 @@ TEST_F(OslSystemTest, NegativeTimeOutLeavesTheProgramRunning) {
 }
 
 void reapAll(int) {
+    const int saved = errno;
     while (waitpid(-1, nullptr, WNOHANG) > 0) {
     }
+    errno = saved;
 }
 
 TEST_F(OslSystemTest, EachThreadGetsItsExitCodeWhateverTheCallerDoesWithSigchld) {
