@@ -39,7 +39,8 @@ public:
     /// that is not there), and then nothing runs.
     std::error_code start(const std::vector<std::string>& args, ChildGroup group);
 
-    /// Waits until the program ends, at most `limit` (no limit when empty) and without polling.
+    /// Waits until the program ends, at most `limit` (no limit when empty), asleep on a process
+    /// descriptor (kernels before 5.3 have none: there it looks with short pauses).
     /// The result: the exit code, 128 + the signal number for a program ended by a signal, -1
     /// when the status cannot be read. Empty when the limit passed first; the program runs on.
     std::optional<int> wait(std::optional<std::chrono::milliseconds> limit);
