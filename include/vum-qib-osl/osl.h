@@ -17,6 +17,7 @@
 
 #include <vum-qib-osl/misc/dloadlib.h>
 #include <vum-qib-osl/misc/install_dir.h>
+#include <vum-qib-osl/misc/osl_system.h>
 #include <vum-qib-osl/misc/wenv.h>
 #include <vum-qib-osl/ini/general_configuration.h>
 

@@ -226,6 +226,7 @@ int cmdDemo(const Args& args) {
     demoColumns();
     demoEnvironment(installation);
     demoLogging(installation.string());
+    demoPrograms();
     demoStatistics(installation);
     return 0;
 }

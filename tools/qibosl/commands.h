@@ -63,6 +63,9 @@ int cmdDirs(const Args& args);
 void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
 int cmdMatch(const Args& args);
+/// qibosl run -timeout=SECONDS -- COMMAND...: Osl_System with a time-out (cmd_run.cpp).
+int cmdRun(const Args& args);
+void demoPrograms();
 int cmdAutoEdit(const Args& args);
 // Text in display columns (cmd_columns.cpp).
 int cmdColumns(const Args& args);

@@ -34,6 +34,7 @@ constexpr Command kCommands[] = {
     {"log", "log", qibosl::cmdLog},
     {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},
     {"stats", "stats", qibosl::cmdStats},
+    {"run", "run", qibosl::cmdRun},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
@@ -155,7 +156,8 @@ int main(int argc, char** argv) {
             return 0;
         }
         try {
-            return c.run(args);
+            // run passes its command's words on untouched: no joining of "-x = y", no dropped "".
+            return c.run(name == "run" ? qibosl::Args(argv + 2, argv + argc) : args);
         } catch (const qibosl::UsageError& e) {
             std::cerr << "qibosl " << name << ": " << e.what() << "\n";
             qibosl::printCommandUsage(std::cerr, name);

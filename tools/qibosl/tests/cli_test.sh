@@ -40,6 +40,7 @@ expect out "demo: journal header" 'first line of journal.log: \[LOG 1 00 [0-9]\{
 expect out "demo: environment section" 'GeneralConfiguration::Init on an unset variable throws the integer 2'
 expect out "demo: dloadlib" 'programm misc\\src\\dloadlib 76'
 expect out "demo: statistics" 'the demo took [1-9][0-9]* steps'
+expect out "demo: time-out" '^Osl_System("sleep 30", 1) = -666 after'
 expect out "demo: wildcard" '^files matching README\* (^README\.\*\$, case ignored): README'
 expect out "demo: table in columns" -F '|Invoice 2024-|'
 
@@ -182,5 +183,18 @@ check log-no-text 2 "$qibosl" log -config="$log_dir/log.ini" -process=x -severit
 check log-unknown-option 2 "$qibosl" log -config="$log_dir/log.ini" -process=x -severity=info -colour=red text
 check log-unreadable 1 "$qibosl" log -config="$log_dir/missing.ini" -process=x -severity=info text
 rm -rf "$log_dir"
+# run: a program with a time-out
+run_dir=$(mktemp -d)
+check run-exit 3 "$qibosl" run -timeout=5 -- sh -c 'exit 3'
+check run-words 0 "$qibosl" run -timeout=5 -- sh -c '[ "$0" = "$1" ] && [ -z "$2" ] && [ "$0" = "a \"b\\" ]' 'a "b\' 'a "b\' ''
+check run-timeout 124 "$qibosl" run -timeout=1 sh -c 'sleep 30 & echo $! >"$0"; wait' "$run_dir/pid"
+expect err "run: time-out line" 'Time out elapced for extern program executing (sh -c .*)  Because timeout: 1 sec'
+state=$(sed 's/.*) \(.\).*/\1/' "/proc/$(cat "$run_dir/pid")/stat" 2>/dev/null)
+[ -z "$state" ] || [ "$state" = Z ] || { echo "FAIL run: the program's own child outlived the time-out"; fail=1; }
+check run-missing 127 "$qibosl" run -timeout=5 -- no-such-program-here
+expect err "run: start failure line" 'Failed to invoke extern program (no-such-program-here)  Because Error(2) No such file or directory'
+check run-no-timeout 2 "$qibosl" run -- true
+check run-bad-timeout 2 "$qibosl" run -timeout=1s -- true
+rm -rf "$run_dir"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail
