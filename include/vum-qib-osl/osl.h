@@ -36,3 +36,7 @@
 #include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
+
+#include <vum-qib-osl/sync/osl_lock.h>
+#include <vum-qib-osl/sync/osl_lock_computer_storage.h>
+#include <vum-qib-osl/sync/osl_lock_process_storage.h>

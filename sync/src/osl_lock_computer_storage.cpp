@@ -1,0 +1,460 @@
+// sync/src/osl_lock_computer_storage.cpp
+// Computer-scope locks: an in-process reader/writer lock per name, then a flock(2) lock on the
+// name's lock file, and the collector thread that deletes the files no thread here uses.
+#include <vum-qib-osl/sync/osl_lock_computer_storage.h>
+
+#include <vum-qib-osl/ini/general_configuration.h>
+#include <vum-qib-osl/log/log_msg.h>
+#include <vum-qib-osl/misc/qib_error.h>
+
+#include "platform/lock_file.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <cstdlib>
+#include <ostream>
+#include <shared_mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr char kWhere[] = "sync\\src\\osl_lock_computer_storage";  // as published; never __FILE__
+constexpr char kCategory[] = "OSL";
+constexpr int kOpenAttempts = 10;
+constexpr char kCollectorTitle[] = "OslLockComputerStorage::GarbageCollector";
+constexpr char kCollectorThreadTitle[] = "OslLockComputerStorage::GarbageCollectorThread";
+
+bool isShared(OslLockShare share) { return share != OslLockShareExclusive; }
+
+bool isBusy(const std::error_code& ec) { return ec == std::errc::resource_unavailable_try_again; }
+
+// A symbolic link or a device planted under the name stays there: retrying only delays the error.
+bool isPermanent(const std::error_code& ec) {
+    return ec == std::errc::too_many_symbolic_link_levels || ec == std::errc::invalid_argument;
+}
+
+std::string describe(const std::error_code& ec) {
+    if (ec == std::errc::too_many_symbolic_link_levels) return "the lock file is a symbolic link, not followed";
+    if (ec == std::errc::invalid_argument) return "the lock file is not a regular file";
+    return ec.message();
+}
+
+}  // namespace
+
+// One lock file. The file lock belongs to the open file, which every holder in this process
+// shares: the first holder takes it and the last one releases it.
+class OslLockComputerStorage::FLock {
+public:
+    FLock(std::string path, bool defaultDirectory)
+        : path_(std::move(path)), defaultDirectory_(defaultDirectory) {
+        Init();
+    }
+    virtual ~FLock() {
+        // Delete the file only while holding it exclusively: nobody else holds it then, and a
+        // process that opened it before the deletion notices when its lock is granted.
+        try {
+            if (file_.isOpen() && !file_.lock(false, false)) file_.removeIfAtPath(path_);
+            file_.close();
+        } catch (...) {
+        }
+    }
+    FLock(const FLock&) = delete;
+    FLock& operator=(const FLock&) = delete;
+
+    // Opens the file unless it is open, with up to 10 attempts a second apart. Called under the
+    // map guard; skipped while a holder is (re)opening it under fileGuard_.
+    void Init() {
+        std::unique_lock files(fileGuard_, std::try_to_lock);
+        if (!files || file_.isOpen()) return;
+        for (int attempt = 1;; ++attempt) {
+            const std::error_code ec = open();
+            if (!ec) return;
+            if (attempt == kOpenAttempts || isPermanent(ec)) {
+                OSL_LOG(SevError, kCategory, "FLock::Init") << describe(ec) << " (" << path_ << ")";
+                throw QIBError("OslLock: FLock::Init: Failed to open/create file" + path_, 1, 8, kWhere, 373);
+            }
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+        }
+    }
+
+    void AddRef() {
+        std::lock_guard counts(countGuard_);
+        ++count_;
+    }
+    int Count() {
+        std::lock_guard counts(countGuard_);
+        return count_;
+    }
+
+    bool Lock(OslLockShare share) {
+        const bool shared = isShared(share);
+        if (shared) semaphore_.lock_shared(); else semaphore_.lock();
+        const std::error_code ec = takeFile(shared, true);
+        if (ec) {
+            OSL_LOG(SevWarning, kCategory, "FLock::Lock") << describe(ec) << " (" << path_ << ")";
+            release(shared);
+            return false;
+        }
+        held(shared, +1);
+        return true;
+    }
+
+    bool TryLock(OslLockShare share) {
+        const bool shared = isShared(share);
+        if (!(shared ? semaphore_.try_lock_shared() : semaphore_.try_lock())) {
+            dropCount();
+            return false;
+        }
+        const std::error_code ec = takeFile(shared, false);
+        if (ec) {
+            if (!isBusy(ec)) {
+                OSL_LOG(SevError, kCategory, "FLock::TryLock") << describe(ec) << " (" << path_ << ")";
+            }
+            release(shared);
+            return false;
+        }
+        held(shared, +1);
+        return true;
+    }
+
+    void Unlock(OslLockShare share) {
+        const bool shared = isShared(share);
+        {
+            std::lock_guard counts(countGuard_);
+            // The count also holds waiters: a kind that nobody holds has nothing to release.
+            if (count_ <= 0 || (shared ? sharedHolders_ == 0 : !exclusiveHeld_)) {
+                OSL_LOG(SevWarning, kCategory, "FLock::Unlock")
+                    << "the Object was already unlocked!" << " (" << path_ << ")";
+                return;
+            }
+            if (shared) --sharedHolders_; else exclusiveHeld_ = false;
+        }
+        {
+            std::lock_guard files(fileGuard_);
+            if (fileHolders_ > 0 && --fileHolders_ == 0) {
+                if (const std::error_code ec = file_.unlock()) {
+                    OSL_LOG(SevError, kCategory, "FLock::Unlock") << ec.message() << " (" << path_ << ")";
+                }
+            }
+        }
+        release(shared);
+    }
+
+    // In a forked child: the descriptor shares the parent's open file and lock, so it is closed
+    // without unlocking, and the object (whose mutexes other threads may have held) is dropped.
+    void Abandon() { file_.close(); }
+
+private:
+    std::error_code open() {
+        return file_.open(path_, defaultDirectory_);
+    }
+
+    // The file lock for one more holder. Shared holders join a lock this process already has.
+    std::error_code takeFile(bool shared, bool wait) {
+        std::unique_lock files(fileGuard_, std::defer_lock);
+        if (wait) {
+            files.lock();
+        } else if (!files.try_lock()) {
+            return std::make_error_code(std::errc::resource_unavailable_try_again);  // someone here waits
+        }
+        if (fileHolders_ > 0) {
+            ++fileHolders_;
+            return {};
+        }
+        for (;;) {
+            if (!file_.isOpen()) {
+                if (std::error_code ec = open()) return ec;
+            }
+            if (std::error_code ec = file_.lock(shared, wait)) return ec;
+            // A collector elsewhere may have deleted the file between our open and our lock, and
+            // a newcomer may hold its replacement: only the file at the path counts.
+            if (file_.isAtPath(path_)) break;
+            file_.close();
+        }
+        fileHolders_ = 1;
+        return {};
+    }
+
+    void held(bool shared, int delta) {
+        std::lock_guard counts(countGuard_);
+        if (shared) sharedHolders_ += delta; else exclusiveHeld_ = delta > 0;
+    }
+    void dropCount() {
+        std::lock_guard counts(countGuard_);
+        --count_;
+    }
+    void release(bool shared) {
+        if (shared) semaphore_.unlock_shared(); else semaphore_.unlock();
+        dropCount();
+    }
+
+    std::string path_;
+    bool defaultDirectory_;
+    std::int32_t count_ = 0;  // holders and waiters of this process
+    std::int32_t sharedHolders_ = 0;
+    bool exclusiveHeld_ = false;
+    std::mutex countGuard_;  // guards count_, sharedHolders_, exclusiveHeld_
+    std::shared_mutex semaphore_;
+    osl::platform::LockFile file_;
+    int fileHolders_ = 0;
+    std::mutex fileGuard_;  // guards file_ and fileHolders_
+};
+
+// The collector thread and its wake-up event (pulse semantics).
+struct OslLockComputerStorage::Collector {
+    std::mutex mutex;  // guards pulses and stop
+    std::condition_variable event;
+    std::uint64_t pulses = 0;
+    bool stop = false;
+    std::thread thread;
+};
+
+std::atomic<OslLockComputerStorage*> OslLockComputerStorage::m_pInstance{nullptr};
+
+std::mutex& OslLockComputerStorage::GetSingletonLock() {
+    static std::mutex lock;
+    return lock;
+}
+
+OslLockComputerStorage* OslLockComputerStorage::Instance() {
+    OslLockComputerStorage* instance = m_pInstance.load(std::memory_order_acquire);
+    if (instance != nullptr) return instance;
+    std::lock_guard lock(GetSingletonLock());
+    instance = m_pInstance.load(std::memory_order_relaxed);
+    if (instance == nullptr) {
+        instance = new OslLockComputerStorage;
+        m_pInstance.store(instance, std::memory_order_release);
+    }
+    return instance;
+}
+
+OslLockComputerStorage::OslLockComputerStorage() {
+    try {
+        static const bool forkHandled = [] {
+            osl::platform::registerForkHandlers(BeforeFork, AfterForkInParent, AfterForkInChild);
+            return true;
+        }();
+        (void)forkHandled;
+        std::string temp = GeneralConfiguration::GetSystemTempDirectory();
+        if (temp.empty() || temp.back() != '/') temp += '/';
+        m_LockPath = temp + "osl_locks";
+        if (const std::error_code ec = osl::platform::ensureSharedDirectory(m_LockPath)) {
+            // Deliberate: the storage still serves locks (each open of a file in the default
+            // directory reports the failure), but without exit pass and collector.
+            OSL_LOG(SevError, kCategory, "OslLockComputerStorage") << ec.message() << " (" << m_LockPath << ")";
+            return;
+        }
+        static const bool exitHandled = std::atexit(AtExit) == 0;
+        (void)exitHandled;
+        StartCollector();
+    } catch (...) {
+    }
+}
+
+OslLockComputerStorage::~OslLockComputerStorage() {
+    if (Collector* collector = m_Collector.load()) {
+        {
+            std::lock_guard lock(collector->mutex);
+            collector->stop = true;
+        }
+        collector->event.notify_all();
+        if (collector->thread.joinable()) collector->thread.join();
+        delete collector;
+    }
+    std::lock_guard guard(m_LockMap_Guard);
+    // Entries still held keep their file locked until the process ends; the holders' Unlock
+    // goes to the next storage and finds nothing to release.
+    for (auto& [name, flock] : m_LockMap) {
+        if (flock->Count() > 0) (void)flock.release();
+    }
+    m_LockMap.clear();
+}
+
+void OslLockComputerStorage::Destroy() {
+    {
+        std::lock_guard lock(GetSingletonLock());
+        if (m_pInstance.load() == this) m_pInstance.store(nullptr);
+    }
+    delete this;
+}
+
+void OslLockComputerStorage::StartCollector() {
+    auto* collector = new Collector;
+    m_Collector.store(collector);
+    try {
+        collector->thread = std::thread([this] { GarbageCollectorThread(this); });
+    } catch (...) {
+        m_Collector.store(nullptr);
+        delete collector;
+        throw;
+    }
+}
+
+OslLockComputerStorage::FLock* OslLockComputerStorage::GetOrCreateFLock(const OslLock& lock, bool addRef) {
+    std::lock_guard guard(m_LockMap_Guard);
+    if (m_CollectorLost) {
+        m_CollectorLost = false;
+        try {
+            StartCollector();
+        } catch (...) {
+        }
+    }
+    auto it = m_LockMap.find(lock.GetName());
+    FLock* flock;
+    if (it != m_LockMap.end()) {
+        flock = it->second.get();  // the first path used for a name wins while the entry lives
+        flock->Init();
+    } else {
+        const bool defaultDirectory = lock.GetPath().empty();
+        const std::string path = (defaultDirectory ? m_LockPath : lock.GetPath()) + "/" + lock.GetName();
+        std::unique_ptr<FLock> made;
+        try {
+            made = std::make_unique<FLock>(path, defaultDirectory);
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
+        flock = made.get();
+        m_LockMap.emplace(lock.GetName(), std::move(made));
+    }
+    if (addRef) flock->AddRef();
+    return flock;
+}
+
+bool OslLockComputerStorage::Lock(const OslLock& lock, OslLockShare share) {
+    FLock* flock = GetOrCreateFLock(lock, true);
+    return flock != nullptr && flock->Lock(share);
+}
+
+bool OslLockComputerStorage::TryLock(const OslLock& lock, OslLockShare share) {
+    FLock* flock = GetOrCreateFLock(lock, true);
+    return flock != nullptr && flock->TryLock(share);
+}
+
+void OslLockComputerStorage::Unlock(const OslLock& lock, OslLockShare share) {
+    try {
+        if (FLock* flock = GetOrCreateFLock(lock, false)) flock->Unlock(share);
+    } catch (...) {
+        Pulse();
+        throw;
+    }
+    Pulse();
+}
+
+int OslLockComputerStorage::GetNumCount(const OslLock& lock) {
+    std::lock_guard guard(m_LockMap_Guard);
+    FLock* flock = GetOrCreateFLock(lock, false);
+    return flock == nullptr ? -1 : flock->Count();
+}
+
+void OslLockComputerStorage::Pulse() {
+    Collector* collector = m_Collector.load();
+    if (collector == nullptr) return;
+    {
+        std::lock_guard lock(collector->mutex);
+        ++collector->pulses;
+    }
+    collector->event.notify_all();
+}
+
+void OslLockComputerStorage::Wait() {
+    Collector* collector = m_Collector.load();
+    if (collector == nullptr) return;
+    std::unique_lock lock(collector->mutex);
+    const std::uint64_t seen = collector->pulses;
+    collector->event.wait(lock, [&] { return collector->pulses != seen || collector->stop; });
+}
+
+void OslLockComputerStorage::GarbageCollector() {
+    OSL_LOG(SevInfo, kCategory, kCollectorTitle) << "Wait for m_LockMap_Guard";
+    std::lock_guard guard(m_LockMap_Guard);
+    try {
+        OSL_LOG(SevInfo, kCategory, kCollectorTitle) << "Garbage collector is started";
+        std::vector<std::string> removed;
+        for (auto& [name, flock] : m_LockMap) {
+            if (flock->Count() == 0) {
+                flock.reset();
+                removed.push_back(name);
+            }
+        }
+        for (const std::string& name : removed) m_LockMap.erase(name);
+        OSL_LOG(SevInfo, kCategory, kCollectorTitle)
+            << "Garbage collector is finished, " << removed.size() << " items were removed, "
+            << m_LockMap.size() << " items were kept ";
+    } catch (const std::exception& e) {
+        OSL_LOG(SevError, kCategory, kCollectorTitle) << e.what() << " continue...";
+    } catch (...) {
+        OSL_LOG(SevError, kCategory, kCollectorTitle) << "Exception, continue";
+    }
+}
+
+void* OslLockComputerStorage::GarbageCollectorThread(void* arg) {
+    auto* storage = static_cast<OslLockComputerStorage*>(arg);
+    Collector* collector = storage->m_Collector.load();
+    OSL_LOG(SevInfo, kCategory, kCollectorThreadTitle) << "Garbage collector thread is started";
+    for (;;) {
+        try {
+            {
+                std::unique_lock lock(collector->mutex);
+                const std::uint64_t seen = collector->pulses;
+                collector->event.wait(lock, [&] { return collector->pulses != seen || collector->stop; });
+                if (collector->stop) return nullptr;
+            }
+            storage->GarbageCollector();
+        } catch (const std::exception& e) {
+            OSL_LOG(SevError, kCategory, kCollectorThreadTitle) << e.what() << " continue...";
+        } catch (...) {
+            OSL_LOG(SevError, kCategory, kCollectorThreadTitle) << "Exception, continue";
+        }
+    }
+}
+
+void OslLockComputerStorage::SetLockPath(const std::string& path) {
+    std::lock_guard guard(m_LockMap_Guard);
+    m_LockPath = path;
+}
+
+std::string OslLockComputerStorage::GetLockPath() {
+    std::lock_guard guard(m_LockMap_Guard);
+    return m_LockPath;
+}
+
+void OslLockComputerStorage::Print(std::ostream& out) {
+    std::lock_guard guard(m_LockMap_Guard);
+    for (const auto& [name, flock] : m_LockMap) out << name << '\t' << flock->Count() << "\t\n";
+}
+
+void OslLockComputerStorage::AtExit() {
+    OslLockComputerStorage* instance = m_pInstance.load();
+    if (instance == nullptr) return;
+    try {
+        instance->GarbageCollector();
+    } catch (...) {
+    }
+}
+
+// fork() copies the map and the descriptors but not the collector thread, and a copied
+// descriptor shares the parent's lock. The child starts empty: it closes its copies without
+// unlocking and drops the entries, whose mutexes other threads of the parent may have held.
+void OslLockComputerStorage::BeforeFork() {
+    GetSingletonLock().lock();
+    if (OslLockComputerStorage* instance = m_pInstance.load()) instance->m_LockMap_Guard.lock();
+}
+
+void OslLockComputerStorage::AfterForkInParent() {
+    if (OslLockComputerStorage* instance = m_pInstance.load()) instance->m_LockMap_Guard.unlock();
+    GetSingletonLock().unlock();
+}
+
+void OslLockComputerStorage::AfterForkInChild() {
+    if (OslLockComputerStorage* instance = m_pInstance.load()) {
+        for (auto& [name, flock] : instance->m_LockMap) flock.release()->Abandon();
+        instance->m_LockMap.clear();
+        // The thread did not come along: its object is dropped, and the next lock starts one.
+        instance->m_CollectorLost = instance->m_Collector.exchange(nullptr) != nullptr;
+        instance->m_LockMap_Guard.unlock();
+    }
+    GetSingletonLock().unlock();
+}
