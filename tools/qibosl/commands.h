@@ -56,5 +56,8 @@ int cmdMatch(const Args& args);
 int cmdAutoEdit(const Args& args);
 /// The demo's logging part: the example installation's logging configuration.
 void demoLogging(const std::string& installation);
+// Named locks (cmd_lock.cpp). programArguments() holds argv untouched, as main received it.
+int cmdLock(const Args& args);
+const std::vector<std::string>& programArguments();
 
 }  // namespace qibosl

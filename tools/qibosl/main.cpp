@@ -31,7 +31,13 @@ constexpr Command kCommands[] = {
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"lock", "lock", qibosl::cmdLock},
 };
+
+std::vector<std::string>& rawArguments() {
+    static std::vector<std::string> arguments;
+    return arguments;
+}
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
 std::filesystem::path findCatalog() {
@@ -62,6 +68,8 @@ public:
 
 }  // namespace
 
+const std::vector<std::string>& qibosl::programArguments() { return rawArguments(); }
+
 void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets) {
     std::vector<std::string> shown = sets;
     if (shown.empty()) {
@@ -81,6 +89,7 @@ void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets)
 
 int main(int argc, char** argv) {
     InitOSL();
+    rawArguments().assign(argv, argv + argc);
     ProgramLine line(argc, argv);
     const std::string name = line.takeFirst();
     if (name.empty()) {
