@@ -394,13 +394,16 @@ void* OslLockComputerStorage::GarbageCollectorThread(void* arg) {
     auto* storage = static_cast<OslLockComputerStorage*>(arg);
     Collector* collector = storage->m_Collector.load();
     OSL_LOG(SevInfo, kCategory, kCollectorThreadTitle) << "Garbage collector thread is started";
+    // Pulses are counted from the collector's creation, not from each wait: an Unlock before the
+    // thread first waits, or during a pass, still gets its pass.
+    std::uint64_t seen = 0;
     for (;;) {
         try {
             {
                 std::unique_lock lock(collector->mutex);
-                const std::uint64_t seen = collector->pulses;
                 collector->event.wait(lock, [&] { return collector->pulses != seen || collector->stop; });
                 if (collector->stop) return nullptr;
+                seen = collector->pulses;
             }
             storage->GarbageCollector();
         } catch (const std::exception& e) {
