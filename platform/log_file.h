@@ -4,6 +4,8 @@
 // record that every process writing the same log file shares through memory.
 #pragma once
 
+#include "platform/fs.h"  // removeFile, renameFile
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -53,9 +55,6 @@ private:
 std::error_code writeNewFile(const std::string& path, const std::string& content);
 /// A second name for an existing file; an existing target gives std::errc::file_exists.
 std::error_code linkFile(const std::string& from, const std::string& to);
-/// Renames from to to, replacing to atomically when it exists.
-std::error_code renameFile(const std::string& from, const std::string& to);
-std::error_code removeFile(const std::string& path);
 
 /// The lock file of a shared log file: an exclusive lock between processes (flock on the lock
 /// file) and a record in shared memory that every process maps. The record names the file that

@@ -40,3 +40,11 @@
 #include <vum-qib-osl/sync/osl_lock.h>
 #include <vum-qib-osl/sync/osl_lock_computer_storage.h>
 #include <vum-qib-osl/sync/osl_lock_process_storage.h>
+
+#include <vum-qib-osl/file/find_file.h>
+#include <vum-qib-osl/file/osl_directory.h>
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/file/osl_io_status.h>
+#include <vum-qib-osl/file/unicode_signature.h>

@@ -109,16 +109,6 @@ std::error_code linkFile(const std::string& from, const std::string& to) {
     return {};
 }
 
-std::error_code renameFile(const std::string& from, const std::string& to) {
-    if (::rename(from.c_str(), to.c_str()) != 0) return lastError();
-    return {};
-}
-
-std::error_code removeFile(const std::string& path) {
-    if (::unlink(path.c_str()) != 0) return lastError();
-    return {};
-}
-
 struct SharedLogState::Record {
     std::atomic<std::uint64_t> generation;
     std::atomic<std::uint64_t> device;

@@ -3,6 +3,8 @@
 // name's lock file, and the collector thread that deletes the files no thread here uses.
 #include <vum-qib-osl/sync/osl_lock_computer_storage.h>
 
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
 #include <vum-qib-osl/ini/general_configuration.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
@@ -27,13 +29,13 @@ constexpr int kOpenAttempts = 10;
 constexpr char kCollectorTitle[] = "OslLockComputerStorage::GarbageCollector";
 constexpr char kCollectorThreadTitle[] = "OslLockComputerStorage::GarbageCollectorThread";
 
-bool isShared(OslLockShare share) { return share != OslLockShareExclusive; }
+Osl_File::LockKind kindOf(bool shared) { return shared ? Osl_File::LockKind::shared : Osl_File::LockKind::exclusive; }
 
-bool isBusy(const std::error_code& ec) { return ec == std::errc::resource_unavailable_try_again; }
-
-// A symbolic link or a device planted under the name stays there: retrying only delays the error.
+// A symbolic link, a device planted under the name or a name that does not convert stays as it
+// is: retrying only delays the error.
 bool isPermanent(const std::error_code& ec) {
-    return ec == std::errc::too_many_symbolic_link_levels || ec == std::errc::invalid_argument;
+    return ec == std::errc::too_many_symbolic_link_levels || ec == std::errc::invalid_argument ||
+           ec == std::errc::illegal_byte_sequence;
 }
 
 std::string describe(const std::error_code& ec) {
@@ -42,21 +44,29 @@ std::string describe(const std::error_code& ec) {
     return ec.message();
 }
 
+// The lock is not free: another process holds the file, or a thread here is taking it.
+struct Busy {};
+
 }  // namespace
 
 // One lock file. The file lock belongs to the open file, which every holder in this process
 // shares: the first holder takes it and the last one releases it.
 class OslLockComputerStorage::FLock {
 public:
-    FLock(std::string path, bool defaultDirectory)
-        : path_(std::move(path)), defaultDirectory_(defaultDirectory) {
+    FLock(std::string path, bool defaultDirectory) : path_(std::move(path)), defaultDirectory_(defaultDirectory) {
         Init();
     }
     virtual ~FLock() {
         // Delete the file only while holding it exclusively: nobody else holds it then, and a
         // process that opened it before the deletion notices when its lock is granted.
         try {
-            if (file_.isOpen() && !file_.lock(false, false)) file_.removeIfAtPath(path_);
+            if (file_.is_open() && file_.try_lock(Osl_File::LockKind::exclusive) &&
+                osl::platform::isFileAtPath(file_.native_handle(), nativePath_)) {
+                Osl_File_System::remove_if_exists(path_);
+            }
+        } catch (...) {
+        }
+        try {
             file_.close();
         } catch (...) {
         }
@@ -68,7 +78,7 @@ public:
     // map guard; skipped while a holder is (re)opening it under fileGuard_.
     void Init() {
         std::unique_lock files(fileGuard_, std::try_to_lock);
-        if (!files || file_.isOpen()) return;
+        if (!files || file_.is_open()) return;
         for (int attempt = 1;; ++attempt) {
             const std::error_code ec = open();
             if (!ec) return;
@@ -90,38 +100,41 @@ public:
     }
 
     bool Lock(OslLockShare share) {
-        const bool shared = isShared(share);
+        const bool shared = share != OslLockShareExclusive;
         if (shared) semaphore_.lock_shared(); else semaphore_.lock();
-        const std::error_code ec = takeFile(shared, true);
-        if (ec) {
-            OSL_LOG(SevWarning, kCategory, "FLock::Lock") << describe(ec) << " (" << path_ << ")";
+        try {
+            takeFile(shared, true);
+        } catch (const QIBError& e) {
+            OSL_LOG(SevWarning, kCategory, "FLock::Lock") << e.What() << " (" << path_ << ")";
             release(shared);
             return false;
         }
-        held(shared, +1);
+        held(shared);
         return true;
     }
 
     bool TryLock(OslLockShare share) {
-        const bool shared = isShared(share);
+        const bool shared = share != OslLockShareExclusive;
         if (!(shared ? semaphore_.try_lock_shared() : semaphore_.try_lock())) {
             dropCount();
             return false;
         }
-        const std::error_code ec = takeFile(shared, false);
-        if (ec) {
-            if (!isBusy(ec)) {
-                OSL_LOG(SevError, kCategory, "FLock::TryLock") << describe(ec) << " (" << path_ << ")";
-            }
+        try {
+            takeFile(shared, false);
+        } catch (const Busy&) {
+            release(shared);
+            return false;
+        } catch (const QIBError& e) {
+            OSL_LOG(SevError, kCategory, "FLock::TryLock") << e.What() << " (" << path_ << ")";
             release(shared);
             return false;
         }
-        held(shared, +1);
+        held(shared);
         return true;
     }
 
     void Unlock(OslLockShare share) {
-        const bool shared = isShared(share);
+        const bool shared = share != OslLockShareExclusive;
         {
             std::lock_guard counts(countGuard_);
             // The count also holds waiters: a kind that nobody holds has nothing to release.
@@ -134,53 +147,70 @@ public:
         }
         {
             std::lock_guard files(fileGuard_);
-            if (fileHolders_ > 0 && --fileHolders_ == 0) {
-                if (const std::error_code ec = file_.unlock()) {
-                    OSL_LOG(SevError, kCategory, "FLock::Unlock") << ec.message() << " (" << path_ << ")";
-                }
+            try {
+                if (fileHolders_ > 0 && --fileHolders_ == 0) file_.unlock();
+            } catch (const QIBError& e) {
+                OSL_LOG(SevError, kCategory, "FLock::Unlock") << e.What() << " (" << path_ << ")";
             }
         }
         release(shared);
     }
 
     // In a forked child: the descriptor shares the parent's open file and lock, so it is closed
-    // without unlocking, and the object (whose mutexes other threads may have held) is dropped.
-    void Abandon() { file_.close(); }
+    // without unlocking.
+    void Abandon() {
+        try {
+            file_.close();
+        } catch (...) {
+        }
+    }
 
 private:
     std::error_code open() {
-        return file_.open(path_, defaultDirectory_);
+        if (nativePath_.empty() && !Osl_FileSystemName(path_, nativePath_)) {
+            return std::make_error_code(std::errc::illegal_byte_sequence);
+        }
+        int fd = -1;
+        if (std::error_code ec = osl::platform::openLockFile(nativePath_, defaultDirectory_, fd)) return ec;
+        file_ = Osl_File::adopt(fd, path_);
+        return {};
     }
 
-    // The file lock for one more holder. Shared holders join a lock this process already has.
-    std::error_code takeFile(bool shared, bool wait) {
+    // The file lock for one more holder; shared holders join a lock this process already has.
+    // Throws QIBError, or Busy when not waiting and the lock is not free.
+    void takeFile(bool shared, bool wait) {
         std::unique_lock files(fileGuard_, std::defer_lock);
         if (wait) {
             files.lock();
         } else if (!files.try_lock()) {
-            return std::make_error_code(std::errc::resource_unavailable_try_again);  // someone here waits
+            throw Busy{};
         }
         if (fileHolders_ > 0) {
             ++fileHolders_;
-            return {};
+            return;
         }
         for (;;) {
-            if (!file_.isOpen()) {
-                if (std::error_code ec = open()) return ec;
+            if (!file_.is_open()) {
+                if (const std::error_code ec = open()) {
+                    throw QIBError(describe(ec), ec.value(), 8, kWhere, __LINE__);
+                }
             }
-            if (std::error_code ec = file_.lock(shared, wait)) return ec;
+            if (wait) {
+                file_.lock(kindOf(shared));
+            } else if (!file_.try_lock(kindOf(shared))) {
+                throw Busy{};
+            }
             // A collector elsewhere may have deleted the file between our open and our lock, and
             // a newcomer may hold its replacement: only the file at the path counts.
-            if (file_.isAtPath(path_)) break;
+            if (osl::platform::isFileAtPath(file_.native_handle(), nativePath_)) break;
             file_.close();
         }
         fileHolders_ = 1;
-        return {};
     }
 
-    void held(bool shared, int delta) {
+    void held(bool shared) {
         std::lock_guard counts(countGuard_);
-        if (shared) sharedHolders_ += delta; else exclusiveHeld_ = delta > 0;
+        if (shared) ++sharedHolders_; else exclusiveHeld_ = true;
     }
     void dropCount() {
         std::lock_guard counts(countGuard_);
@@ -192,15 +222,16 @@ private:
     }
 
     std::string path_;
+    std::string nativePath_;  // path_ in the file-system encoding
     bool defaultDirectory_;
     std::int32_t count_ = 0;  // holders and waiters of this process
     std::int32_t sharedHolders_ = 0;
     bool exclusiveHeld_ = false;
     std::mutex countGuard_;  // guards count_, sharedHolders_, exclusiveHeld_
     std::shared_mutex semaphore_;
-    osl::platform::LockFile file_;
+    Osl_File file_;
     int fileHolders_ = 0;
-    std::mutex fileGuard_;  // guards file_ and fileHolders_
+    std::mutex fileGuard_;  // guards file_, nativePath_ and fileHolders_
 };
 
 // The collector thread and its wake-up event (pulse semantics).

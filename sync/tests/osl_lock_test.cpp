@@ -1,6 +1,7 @@
 // sync/tests/osl_lock_test.cpp
 // Named locks within one process, in both scopes: shares, counts, surplus unlocks, log lines,
 // the lock files and their collector.
+#include <vum-qib-osl/file/osl_file.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/misc/qib_error.h>
 #include <vum-qib-osl/sync/osl_lock.h>
@@ -18,7 +19,6 @@
 #include <sstream>
 #include <thread>
 
-#include "platform/lock_file.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -212,9 +212,8 @@ TEST_P(ComputerLockTest, CollectorDeletesTheFilesOfUnusedLocksOnly) {
     y.Unlock(OslLockShareExclusive);
 
     // A file that another open holds stays: only the entry goes.
-    osl::platform::LockFile other;
-    ASSERT_FALSE(other.open(dir_.file("z"), false));
-    ASSERT_FALSE(other.lock(true, false));
+    Osl_File other(dir_.file("z"), Osl_File::mode_read_write | Osl_File::mode_create);
+    other.lock(Osl_File::LockKind::shared);
     EXPECT_EQ(lock("z").GetNumCount(), 0);
     OslLockComputerStorage::Instance()->GarbageCollector();
     EXPECT_TRUE(fs::exists(dir_.file("z")));
@@ -224,16 +223,15 @@ TEST_P(ComputerLockTest, CollectorDeletesTheFilesOfUnusedLocksOnly) {
 }
 
 TEST_P(ComputerLockTest, AnotherOpenOfTheFileExcludesAndItsWaiterCounts) {
-    osl::platform::LockFile other;
-    ASSERT_FALSE(other.open(dir_.file("f"), false));
-    ASSERT_FALSE(other.lock(false, true));
+    Osl_File other(dir_.file("f"), Osl_File::mode_read_write | Osl_File::mode_create);
+    other.lock(Osl_File::LockKind::exclusive);
     OslLock f = lock("f");
     EXPECT_FALSE(f.TryLock(OslLockShareShared));
     Holder waiter(f, OslLockShareShared);
     EXPECT_TRUE(eventually([&] { return f.GetNumCount() == 1; }));
-    ASSERT_FALSE(other.unlock());
+    other.unlock();
     waiter.waitLocked();
-    EXPECT_EQ(other.lock(false, false), std::errc::resource_unavailable_try_again);
+    EXPECT_FALSE(other.try_lock(Osl_File::LockKind::exclusive));
 }
 
 TEST_P(ComputerLockTest, FirstPathWinsForAName) {
