@@ -26,6 +26,7 @@ namespace {
 constexpr char kWhere[] = "sync\\src\\osl_lock_computer_storage";  // as published; never __FILE__
 constexpr char kCategory[] = "OSL";
 constexpr int kOpenAttempts = 10;
+constexpr std::chrono::milliseconds kCollectorDelay{100};
 constexpr char kCollectorTitle[] = "OslLockComputerStorage::GarbageCollector";
 constexpr char kCollectorThreadTitle[] = "OslLockComputerStorage::GarbageCollectorThread";
 
@@ -236,9 +237,10 @@ private:
 
 // The collector thread and its wake-up event (pulse semantics).
 struct OslLockComputerStorage::Collector {
-    std::mutex mutex;  // guards pulses and stop
+    std::mutex mutex;  // guards pulses, waiters and stop
     std::condition_variable event;
     std::uint64_t pulses = 0;
+    int waiters = 0;  // threads waiting for a pulse (the collector when idle, callers of Wait)
     bool stop = false;
     std::thread thread;
 };
@@ -383,11 +385,13 @@ int OslLockComputerStorage::GetNumCount(const OslLock& lock) {
 void OslLockComputerStorage::Pulse() {
     Collector* collector = m_Collector.load();
     if (collector == nullptr) return;
+    bool waited;
     {
         std::lock_guard lock(collector->mutex);
         ++collector->pulses;
+        waited = collector->waiters > 0;
     }
-    collector->event.notify_all();
+    if (waited) collector->event.notify_all();  // a busy collector sees the count on its next wait
 }
 
 void OslLockComputerStorage::Wait() {
@@ -395,7 +399,9 @@ void OslLockComputerStorage::Wait() {
     if (collector == nullptr) return;
     std::unique_lock lock(collector->mutex);
     const std::uint64_t seen = collector->pulses;
+    ++collector->waiters;
     collector->event.wait(lock, [&] { return collector->pulses != seen || collector->stop; });
+    --collector->waiters;
 }
 
 void OslLockComputerStorage::GarbageCollector() {
@@ -432,7 +438,12 @@ void* OslLockComputerStorage::GarbageCollectorThread(void* arg) {
         try {
             {
                 std::unique_lock lock(collector->mutex);
+                ++collector->waiters;
                 collector->event.wait(lock, [&] { return collector->pulses != seen || collector->stop; });
+                --collector->waiters;
+                // Unlocks come in bursts: one pass shortly after the first serves the whole burst,
+                // instead of deleting a file that the next Lock of a loop creates again.
+                collector->event.wait_for(lock, kCollectorDelay, [&] { return collector->stop; });
                 if (collector->stop) return nullptr;
                 seen = collector->pulses;
             }

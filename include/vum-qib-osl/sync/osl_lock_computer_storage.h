@@ -19,7 +19,8 @@
 /// lock with `flock FILE COMMAND` (exclusive) or `flock -s FILE COMMAND` (shared).
 ///
 /// Threads of this process queue on an in-process reader/writer lock first and on the file
-/// second. A collector thread, woken by every Unlock (none is missed), closes and deletes the files of entries
+/// second. A collector thread, woken by every Unlock (none is missed; a burst of them gets one
+/// pass, 0.1 second after its first), closes and deletes the files of entries
 /// that no thread of this process holds or waits for; a file is deleted only while this process
 /// holds it exclusively, and a holder that finds its file deleted or replaced after the lock was
 /// granted locks the file now at the path instead. A last collection runs at process exit.
