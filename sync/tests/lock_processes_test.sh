@@ -35,6 +35,9 @@ holder() {
 release() { touch "$tmp/release.$1"; wait "${pids[$1]}"; }
 lockq() { "$qibosl" lock -path="$locks" "$@"; }
 
+expect "no command" 2 lockq -name=x --
+expect "bad time-out" 2 lockq -name=x -timeout=soon -- true
+
 # Exclusive holders in tight loops, collecting after every unlock: the count is exact.
 echo 0 >"$tmp/counter"
 for i in 1 2 3 4; do "$child" "$locks" counted 400 "$tmp/counter" & done

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <iostream>
 #include <thread>
 #include <vector>
@@ -56,6 +57,20 @@ bool acquire(OslLock& lock, OslLockShare share, double timeout) {
 }
 
 }  // namespace
+
+void demoUnderLock(const std::string& name, const std::function<void()>& step) {
+    OslLock lock(name, OslLockScopeComputer);
+    std::cout << "\n== the next step runs under the computer-scope lock " << name << " ("
+              << OslLockComputerStorage::Instance()->GetLockPath() << "/" << name << ")\n";
+    if (!lock.TryLock(OslLockShareExclusive)) {
+        std::cout << "another process holds it: waiting\n";
+        lock.Lock(OslLockShareExclusive);
+    }
+    std::cout << "held; requests of this process: " << lock.GetNumCount() << "\n";
+    step();
+    lock.Unlock(OslLockShareExclusive);
+    std::cout << "\n(" << name << " released; requests of this process: " << lock.GetNumCount() << ")\n";
+}
 
 int cmdLock(const Args& args) {
     // The command is taken from the program's own arguments: the element list drops empty
