@@ -56,14 +56,13 @@ bool OslLockProcessStorage::Lock(const OslLock& lock, OslLockShare share) {
         entry = GetPLock(lock);
         ++entry->count;  // a waiter counts from the moment it asks
     }
+    // The holder marks are atomic so that taking the lock costs no second trip through the guard.
     if (share == OslLockShareShared) {
         entry->semaphore.lock_shared();
-        std::lock_guard guard(m_Guard);
-        ++entry->sharedHolders;
+        entry->sharedHolders.fetch_add(1, std::memory_order_relaxed);
     } else {
         entry->semaphore.lock();
-        std::lock_guard guard(m_Guard);
-        entry->exclusiveHeld = true;
+        entry->exclusiveHeld.store(true, std::memory_order_relaxed);
     }
     return true;
 }
@@ -73,10 +72,10 @@ bool OslLockProcessStorage::TryLock(const OslLock& lock, OslLockShare share) {
     PLock* entry = GetPLock(lock);
     if (share == OslLockShareShared) {
         if (!entry->semaphore.try_lock_shared()) return false;
-        ++entry->sharedHolders;
+        entry->sharedHolders.fetch_add(1, std::memory_order_relaxed);
     } else {
         if (!entry->semaphore.try_lock()) return false;
-        entry->exclusiveHeld = true;
+        entry->exclusiveHeld.store(true, std::memory_order_relaxed);
     }
     ++entry->count;
     return true;
@@ -88,12 +87,11 @@ void OslLockProcessStorage::Unlock(const OslLock& lock, OslLockShare share) {
     if (entry->count <= 0) return;
     // The count also holds waiters: releasing a kind that nobody holds would corrupt the lock.
     if (share == OslLockShareShared) {
-        if (entry->sharedHolders == 0) return;
-        --entry->sharedHolders;
+        if (entry->sharedHolders.load(std::memory_order_relaxed) == 0) return;
+        entry->sharedHolders.fetch_sub(1, std::memory_order_relaxed);
         entry->semaphore.unlock_shared();
     } else {
-        if (!entry->exclusiveHeld) return;
-        entry->exclusiveHeld = false;
+        if (!entry->exclusiveHeld.exchange(false, std::memory_order_relaxed)) return;
         entry->semaphore.unlock();
     }
     --entry->count;

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -299,23 +298,6 @@ TEST_P(ComputerLockTest, RetriesOpeningUntilTheDirectoryAppears) {
     EXPECT_TRUE(l.Lock(OslLockShareExclusive));
     maker.join();
     l.Unlock(OslLockShareExclusive);
-}
-
-TEST_P(ComputerLockTest, DefaultDirectoryIsSharedByAllUsers) {
-    const char* previous = std::getenv("TMPDIR");
-    const std::string saved = previous ? previous : "";
-    setenv("TMPDIR", dir_.path().c_str(), 1);
-    OslLockComputerStorage::Instance()->Destroy();
-    OslLock l("d", OslLockScopeComputer);
-    l.Lock(OslLockShareShared);
-    previous ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
-    const std::string directory = dir_.file("osl_locks");
-    EXPECT_EQ(OslLockComputerStorage::Instance()->GetLockPath(), directory);
-    EXPECT_EQ(fs::status(directory).permissions(), fs::perms::all | fs::perms::sticky_bit);
-    EXPECT_EQ(fs::status(directory + "/d").permissions(), fs::perms::owner_read | fs::perms::owner_write |
-                                                              fs::perms::group_read | fs::perms::group_write |
-                                                              fs::perms::others_read | fs::perms::others_write);
-    l.Unlock(OslLockShareShared);
 }
 
 }  // namespace

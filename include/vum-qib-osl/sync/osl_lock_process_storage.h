@@ -39,8 +39,8 @@ public:
 protected:
     struct PLock {
         std::int32_t count = 0;  // holders and waiters
-        std::int32_t sharedHolders = 0;
-        bool exclusiveHeld = false;
+        std::atomic<std::int32_t> sharedHolders{0};
+        std::atomic<bool> exclusiveHeld{false};
         std::shared_mutex semaphore;
     };
     /// The entry of the lock's name, made with count 0 when missing. Call with m_Guard held.
