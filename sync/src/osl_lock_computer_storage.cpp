@@ -10,6 +10,7 @@
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include "platform/lock_file.h"
+#include "sync/src/storage_singleton.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -253,15 +254,7 @@ std::mutex& OslLockComputerStorage::GetSingletonLock() {
 }
 
 OslLockComputerStorage* OslLockComputerStorage::Instance() {
-    OslLockComputerStorage* instance = m_pInstance.load(std::memory_order_acquire);
-    if (instance != nullptr) return instance;
-    std::lock_guard lock(GetSingletonLock());
-    instance = m_pInstance.load(std::memory_order_relaxed);
-    if (instance == nullptr) {
-        instance = new OslLockComputerStorage;
-        m_pInstance.store(instance, std::memory_order_release);
-    }
-    return instance;
+    return osl::detail::lazyInstance(m_pInstance, GetSingletonLock(), [] { return new OslLockComputerStorage; });
 }
 
 OslLockComputerStorage::OslLockComputerStorage() {
@@ -307,10 +300,7 @@ OslLockComputerStorage::~OslLockComputerStorage() {
 }
 
 void OslLockComputerStorage::Destroy() {
-    {
-        std::lock_guard lock(GetSingletonLock());
-        if (m_pInstance.load() == this) m_pInstance.store(nullptr);
-    }
+    osl::detail::forgetInstance(m_pInstance, GetSingletonLock(), this);
     delete this;
 }
 

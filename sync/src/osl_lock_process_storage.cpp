@@ -2,6 +2,8 @@
 // Process-scope locks: a reader/writer lock per name, counted under one guard.
 #include <vum-qib-osl/sync/osl_lock_process_storage.h>
 
+#include "sync/src/storage_singleton.h"
+
 #include <ostream>
 
 std::atomic<OslLockProcessStorage*> OslLockProcessStorage::m_pInstance{nullptr};
@@ -19,22 +21,11 @@ std::mutex& OslLockProcessStorage::GetSingletonLock() {
 }
 
 OslLockProcessStorage* OslLockProcessStorage::Instance() {
-    OslLockProcessStorage* instance = m_pInstance.load(std::memory_order_acquire);
-    if (instance != nullptr) return instance;
-    std::lock_guard lock(GetSingletonLock());
-    instance = m_pInstance.load(std::memory_order_relaxed);
-    if (instance == nullptr) {
-        instance = new OslLockProcessStorage;
-        m_pInstance.store(instance, std::memory_order_release);
-    }
-    return instance;
+    return osl::detail::lazyInstance(m_pInstance, GetSingletonLock(), [] { return new OslLockProcessStorage; });
 }
 
 void OslLockProcessStorage::Destroy() {
-    {
-        std::lock_guard lock(GetSingletonLock());
-        if (m_pInstance.load() == this) m_pInstance.store(nullptr);
-    }
+    osl::detail::forgetInstance(m_pInstance, GetSingletonLock(), this);
     delete this;
 }
 
