@@ -176,7 +176,9 @@ TEST_P(OslLockLogTest, LogsEachOperationWithItsDetails) {
         "-INFO  OslLock::TryLock : FALSE path:  name: n scope: 0 share: 0",
         "-INFO  OslLock::Unlock : unlock path:  name: n scope: 0 share: 1",
     };
-    EXPECT_EQ(takeLines(), expected);
+    std::vector<std::string> lines = takeLines();
+    std::erase_if(lines, [](const std::string& l) { return l.find(" OslLock::") == std::string::npos; });
+    EXPECT_EQ(lines, expected);  // the collector thread may log its start in between
 }
 
 TEST_P(OslLockLogTest, PrintListsEveryEntryInNameOrder) {
