@@ -41,6 +41,10 @@
 #include <vum-qib-osl/ini/http_file.h>
 #include <vum-qib-osl/ini/remote_ini.h>
 
+#include <vum-qib-osl/sync/osl_lock.h>
+#include <vum-qib-osl/sync/osl_lock_computer_storage.h>
+#include <vum-qib-osl/sync/osl_lock_process_storage.h>
+
 #include <vum-qib-osl/file/find_file.h>
 #include <vum-qib-osl/file/osl_directory.h>
 #include <vum-qib-osl/file/osl_file.h>

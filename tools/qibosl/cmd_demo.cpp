@@ -204,9 +204,9 @@ int cmdDemo(const Args& args) {
     section(text("demo_section_logging").Text());
     CLog* log = CLog::Instance();
     log->SetProcessName("qibosl");
-    // Every category but two: "noise" shows the filter at work, and the INI reader's own lines in
-    // "ini" would crowd the screen.
-    log->SetFunctionChannel(toScreen, SevInfo, "*, ~noise, ~ini", false);
+    // Every category but three: "noise" shows the filter at work, and the INI reader's own lines
+    // in "ini" and the tracing of locks in "OSL" would crowd the screen.
+    log->SetFunctionChannel(toScreen, SevInfo, "*, ~noise, ~ini, ~OSL", false);
     CLogMsg msg("demo", "", SevInfo);
     msg << text("demo_log_started").Text() << flush;
     msg.Sev(SevWarning).Category("disk") << text("demo_log_warning").Text() << flush;
@@ -220,7 +220,7 @@ int cmdDemo(const Args& args) {
 
     demoMessagesAndCommandLine();
     demoPatterns(installation);
-    demoSettings(installation.string());
+    demoUnderLock("qibosl_demo", [&] { demoSettings(installation.string()); });
     demoRemoteSettings(installation.string());
     demoText();
     demoColumns();

@@ -5,6 +5,7 @@
 #include <vum-qib-osl/cmdline/qib_command_line.h>
 
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <iosfwd>
 #include <stdexcept>
@@ -76,5 +77,10 @@ void demoLogging(const std::string& installation);
 int cmdStats(const Args& args);
 void demoStep();
 void demoStatistics(const std::filesystem::path& installation);
+// Named locks (cmd_lock.cpp). programArguments() holds argv untouched, as main received it.
+int cmdLock(const Args& args);
+/// Runs a step of the demo while holding the computer-scope lock name, and says so.
+void demoUnderLock(const std::string& name, const std::function<void()>& step);
+const std::vector<std::string>& programArguments();
 
 }  // namespace qibosl

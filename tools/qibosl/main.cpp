@@ -35,7 +35,13 @@ constexpr Command kCommands[] = {
     {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},
     {"stats", "stats", qibosl::cmdStats},
     {"run", "run", qibosl::cmdRun},
+    {"lock", "lock", qibosl::cmdLock},
 };
+
+std::vector<std::string>& rawArguments() {
+    static std::vector<std::string> arguments;
+    return arguments;
+}
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
 std::filesystem::path findCatalog() {
@@ -65,6 +71,8 @@ public:
 };
 
 }  // namespace
+
+const std::vector<std::string>& qibosl::programArguments() { return rawArguments(); }
 
 namespace {
 
@@ -128,6 +136,7 @@ void qibosl::printCommandUsage(std::ostream& out, const std::string& name) {
 
 int main(int argc, char** argv) {
     InitOSL();
+    rawArguments().assign(argv, argv + argc);
     ProgramLine line(argc, argv);
     const std::string name = line.takeFirst();
     if (name.empty()) {
