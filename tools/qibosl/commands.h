@@ -52,6 +52,9 @@ int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);
 void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
+// Directories and path status (cmd_files.cpp).
+int cmdLs(const Args& args);
+int cmdStat(const Args& args);
 int cmdMatch(const Args& args);
 int cmdAutoEdit(const Args& args);
 /// The demo's logging part: the example installation's logging configuration.

@@ -31,6 +31,8 @@ constexpr Command kCommands[] = {
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"ls", "ls", qibosl::cmdLs},
+    {"stat", "stat", qibosl::cmdStat},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
