@@ -76,6 +76,9 @@ public:
     explicit Ini(const std::string& fileName = "", bool readOnly = true);
     Ini(const Ini&) = default;
     Ini& operator=(const Ini&) = default;
+    /// Moves the table; the source is left valid but unspecified.
+    Ini(Ini&&) noexcept = default;
+    Ini& operator=(Ini&&) noexcept = default;
     virtual ~Ini();
 
     /// Empties the table, then LoadAdd.

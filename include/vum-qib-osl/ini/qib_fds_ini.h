@@ -25,6 +25,8 @@ public:
     QibFDSIni(const char* installDir, bool readOnly = true) : QibFDSIni(std::string(installDir), readOnly) {}
     QibFDSIni(const QibFDSIni&) = default;
     QibFDSIni& operator=(const QibFDSIni&) = default;
+    QibFDSIni(QibFDSIni&&) noexcept = default;
+    QibFDSIni& operator=(QibFDSIni&&) noexcept = default;
     ~QibFDSIni() override;
 
     /// The value with %NAME% references expanded, or defaultValue.
