@@ -50,8 +50,8 @@ struct Variable {
 };
 
 // Length of the match of the variable's reference at position pos of text, or 0. A name with
-// characters special to regular expressions is taken as a pattern: configurations in use spell
-// references such as "%PATH.*%" that way, and a literal match would leave them unexpanded.
+// characters special to regular expressions is taken as a pattern, unescaped: that is the
+// contract of the expansion, and files written against it rely on the matches it gives.
 std::size_t matchAt(const std::string& text, std::size_t pos, const Variable& v) {
     if (!v.pattern) return text.compare(pos, v.token.size(), v.token) == 0 ? v.token.size() : 0;
     std::smatch match;
