@@ -38,7 +38,8 @@ public:
     void SetProperty(const std::string& section, const std::string& key, const std::string& value);
     /// Removes the section in memory.
     void DeleteSection(const std::string& section);
-    /// Writes the table to the file (in canonical form). Throws Ini's errors 2 (read-only) and 3.
+    /// Writes the table to the file (in canonical form), crash-safe as Ini::FlushIniDataToFile.
+    /// Throws Ini's errors 2 (read-only) and 3.
     void Flush();
     /// The full path of the settings file.
     std::string GetLocation() const { return location_; }
