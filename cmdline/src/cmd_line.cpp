@@ -66,7 +66,7 @@ CmdLine::TKind CmdLine::NextToken(bool compact) {
     if (kind_ == tkEnd) return tkEnd;
     char* next = cursor_ + length_;
     if (compact) {
-        // Overlapping copy within the buffer: memmove, where the classic code used strcpy.
+        // Source and destination overlap within the buffer: strcpy would be undefined here.
         std::memmove(rest_, next, std::strlen(next) + 1);
         cursor_ = rest_;
     } else {

@@ -16,6 +16,7 @@
 #include <vum-qib-osl/log/channel_syslog.h>
 
 #include <vum-qib-osl/misc/dloadlib.h>
+#include <vum-qib-osl/misc/helpers.h>
 #include <vum-qib-osl/misc/install_dir.h>
 #include <vum-qib-osl/misc/osl_system.h>
 #include <vum-qib-osl/misc/wenv.h>

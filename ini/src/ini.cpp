@@ -50,7 +50,8 @@ struct Variable {
 };
 
 // Length of the match of the variable's reference at position pos of text, or 0. A name with
-// characters special to regular expressions is taken as a pattern, as the expansion always did.
+// characters special to regular expressions is taken as a pattern, unescaped: that is the
+// contract of the expansion, and files written against it rely on the matches it gives.
 std::size_t matchAt(const std::string& text, std::size_t pos, const Variable& v) {
     if (!v.pattern) return text.compare(pos, v.token.size(), v.token) == 0 ? v.token.size() : 0;
     std::smatch match;
@@ -214,10 +215,13 @@ void Ini::GetGroupNames(std::list<std::string>& names) const {
     for (const auto& g : groups_) names.push_back(g.first);
 }
 
-std::string Ini::GetKeyValue(const std::string& group, const std::string& key, const std::string& defaultValue,
-                             bool expandEnvironmentReferences) const {
-    const auto g = groups_.find(group);
-    if (g == groups_.end()) {
+namespace {
+
+// GetKeyValue and GetString: one look-up of the group and one of the key.
+std::string lookUp(const Ini::GroupTable& groups, const std::string& group, const std::string& key,
+                   const std::string& defaultValue, bool expandEnvironmentReferences, bool* found) {
+    const auto g = groups.find(group);
+    if (g == groups.end()) {
         OSL_LOG(SevInfo, "ini", "Ini::GetKeyValue") << "Group :" << group << " Key: " << key
                                                     << " return default value: " << defaultValue
                                                     << " (cannot find group)";
@@ -230,6 +234,7 @@ std::string Ini::GetKeyValue(const std::string& group, const std::string& key, c
                                                     << " (cannot find key in group)";
         return defaultValue;
     }
+    if (found != nullptr) *found = true;
     if (!expandEnvironmentReferences) {
         OSL_LOG(SevInfo, "ini", "Ini::GetKeyValue") << "Group :" << group << " Key: " << key
                                                     << " return value: " << k->second;
@@ -241,13 +246,17 @@ std::string Ini::GetKeyValue(const std::string& group, const std::string& key, c
     return result;
 }
 
+}  // namespace
+
+std::string Ini::GetKeyValue(const std::string& group, const std::string& key, const std::string& defaultValue,
+                             bool expandEnvironmentReferences) const {
+    return lookUp(groups_, group, key, defaultValue, expandEnvironmentReferences, nullptr);
+}
+
 std::string Ini::GetString(const std::string& group, const std::string& key, const std::string& defaultValue,
                            bool* found) const {
-    if (found != nullptr) {
-        *found = isGroupHasKey(group, key);
-        if (!*found) return defaultValue;
-    }
-    return GetKeyValue(group, key, defaultValue, true);
+    if (found != nullptr) *found = false;
+    return lookUp(groups_, group, key, defaultValue, true, found);
 }
 
 IniGroupIterator Ini::begin() const { return IniGroupIterator(this, groups_.begin(), groups_.end()); }

@@ -44,7 +44,7 @@ void QibFDSIni::LoadFrom(const std::string& path, bool readOnly) {
         throw QIBError(text, 12, 99, kWhere, __LINE__);
     }
     try {
-        Ini::operator=(Ini(path, readOnly));
+        Ini::operator=(Ini(path, readOnly));  // a move: the table is not copied
     } catch (const QIBError& e) {
         throw QIBError("Error read qib_fds file " + path + " : " + e.What(), 99, 12, kWhere, __LINE__);
     }

@@ -4,9 +4,20 @@
 
 #include "message/src/catalog_format.h"
 
+#include <mutex>
+#include <utility>
+
 MapFile::MapFile() = default;
 MapFile::MapFile(const MapFile& other) = default;
 MapFile& MapFile::operator=(const MapFile& other) = default;
+MapFile::MapFile(MapFile&& other) noexcept : m_Map(std::move(other.m_Map)) { other.m_Map.clear(); }
+MapFile& MapFile::operator=(MapFile&& other) noexcept {
+    if (this != &other) {
+        m_Map = std::move(other.m_Map);
+        other.m_Map.clear();
+    }
+    return *this;
+}
 MapFile::~MapFile() = default;
 
 bool MapFile::LoadMap(const std::string& fileName) {
@@ -96,14 +107,12 @@ bool MTMapFile::HasEntry(const std::string& key) const {
     return MapFile::HasEntry(key);
 }
 
-SingleMapFileMT* SingleMapFileMT::m_Instance = nullptr;
-constinit std::mutex SingleMapFileMT::m_CreateLock;
-
 SingleMapFileMT::SingleMapFileMT() = default;
 SingleMapFileMT::~SingleMapFileMT() = default;
 
 SingleMapFileMT* SingleMapFileMT::Instance() {
-    std::lock_guard lock(m_CreateLock);
-    if (m_Instance == nullptr) m_Instance = new SingleMapFileMT;
-    return m_Instance;
+    // The first call creates it under the guard of a function-local static; later calls take
+    // no lock at all.
+    static SingleMapFileMT* const instance = new SingleMapFileMT;
+    return instance;
 }

@@ -79,6 +79,9 @@ TEST_F(MapFileTest, MalformedFilesAreRefusedWithoutChange) {
     MapFile map;
     EXPECT_FALSE(map.LoadMap(dir_.file("missing.cat")));
     EXPECT_FALSE(map.LoadMap(dir_.path().string()));  // a directory
+    writeFile(dir_.file("huge.cat"), good);
+    std::filesystem::resize_file(dir_.file("huge.cat"), std::uintmax_t{1} << 40);  // sparse: no disk used
+    EXPECT_FALSE(map.LoadMap(dir_.file("huge.cat")));
     EXPECT_FALSE(map.StoreMap(dir_.file("no/such/dir.cat")));
 }
 
@@ -101,6 +104,9 @@ TEST_F(MapFileTest, UnicodeModeNamesFilesInTheFileSystemEncoding) {
     MapFile loaded;
     ASSERT_TRUE(loaded.LoadMap(utf8Name));
     EXPECT_EQ(loaded["k"], "v");
+    // A name without Latin-1 form is refused, not shortened to "report_".
+    EXPECT_FALSE(map.StoreMap(dir_.file("report_\xE2\x82\xAC")));
+    EXPECT_FALSE(std::filesystem::exists(dir_.file("report_")));
 }
 
 TEST_F(MapFileTest, InsertReplaceAndLookup) {

@@ -6,7 +6,8 @@
 #include <vum-qib-osl/misc/wenv.h>
 
 std::string GetBinDir() {
-    static std::string binDir;
+    // A local value: one shared buffer written by every call would be a data race between threads.
+    std::string binDir;
     WEnv::WGetEnv("DECOLLATOR_DIR", binDir);
     return binDir;
 }

@@ -2,13 +2,11 @@
 // The library's own installation root, from the path of the file that holds it.
 #include "misc/src/install_root.h"
 
-#include "platform/dynamic_library.h"
+#include "platform/library_location.h"
 
 namespace osl::detail {
 
-std::string libraryModulePath() {
-    return osl::platform::modulePathOf(reinterpret_cast<const void*>(&libraryModulePath));
-}
+std::string libraryModulePath() { return osl::platform::libraryPath(); }
 
 std::string installationRootFromModulePath(const std::string& modulePath) {
     if (modulePath.empty()) return "";

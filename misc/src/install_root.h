@@ -7,16 +7,16 @@
 
 namespace osl::detail {
 
-/// The full path of the file that holds this library's code: libvum-qib-osl.so when the library
-/// is loaded as a shared library, the program itself when it is linked statically. Empty when
-/// the loader cannot tell.
+/// osl::platform::libraryPath(): the full path of the file that holds this library's code, with
+/// symlinks resolved (libvum-qib-osl.so, or the program when linked statically). Empty when the
+/// loader cannot tell.
 std::string libraryModulePath();
 
 /// The installation root that a module path gives:
 /// - when the path holds "bin", the path cut at its last "bin" ("bin" and everything after it
 ///   go): "/opt/app/bin/libvum-qib-osl.so" gives "/opt/app/". The cut is by text, so a "bin"
-///   inside another name ("/srv/robin/lib/x.so" gives "/srv/ro") cuts there too, as the settings
-///   file lookup has always done;
+///   inside another name ("/srv/robin/lib/x.so" gives "/srv/ro") cuts there too: installations
+///   are found by that rule and a cut by directory would move their settings file;
 /// - otherwise the parent of the module's directory, with a final "/":
 ///   "/opt/app/lib/libvum-qib-osl.so" gives "/opt/app/", "/lib/x.so" gives "/", a module in the
 ///   root directory gives "/", a relative "lib/x.so" gives "./" and a bare "x.so" gives "../";

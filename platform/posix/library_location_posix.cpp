@@ -9,12 +9,18 @@
 
 namespace osl::platform {
 
-std::string libraryDirectory() {
-    std::string path = modulePathOf(reinterpret_cast<const void*>(&libraryDirectory));
+std::string libraryPath() {
+    std::string path = modulePathOf(reinterpret_cast<const void*>(&libraryPath));
     if (path.empty()) return {};
     char resolved[PATH_MAX];
     if (realpath(path.c_str(), resolved) != nullptr) path = resolved;
-    size_t slash = path.rfind('/');
+    return path;
+}
+
+std::string libraryDirectory() {
+    const std::string path = libraryPath();
+    if (path.empty()) return {};
+    const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return ".";
     return slash == 0 ? std::string("/") : path.substr(0, slash);
 }

@@ -12,6 +12,15 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${OSL_BINARY_DIR} --prefix ${prefix})
+
+# The umbrella header includes every installed header.
+file(READ ${prefix}/include/vum-qib-osl/osl.h umbrella)
+file(GLOB_RECURSE headers RELATIVE ${prefix}/include ${prefix}/include/vum-qib-osl/*.h)
+foreach(header IN LISTS headers)
+    if(NOT header STREQUAL "vum-qib-osl/osl.h" AND NOT umbrella MATCHES "#include <${header}>")
+        message(FATAL_ERROR "osl.h does not include ${header}")
+    endif()
+endforeach()
 # A sanitized library needs a sanitized program around it.
 set(flags "")
 if(OSL_SANITIZE)

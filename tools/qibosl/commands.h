@@ -63,6 +63,9 @@ int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);
 void printDirectories(std::ostream& out);
 void demoEnvironment(const std::filesystem::path& installation);
+// Directories and path status (cmd_files.cpp).
+int cmdLs(const Args& args);
+int cmdStat(const Args& args);
 int cmdMatch(const Args& args);
 /// qibosl run -timeout=SECONDS -- COMMAND...: Osl_System with a time-out (cmd_run.cpp).
 int cmdRun(const Args& args);

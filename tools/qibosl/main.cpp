@@ -32,6 +32,8 @@ constexpr Command kCommands[] = {
     {"columns", "columns", qibosl::cmdColumns},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"ls", "ls", qibosl::cmdLs},
+    {"stat", "stat", qibosl::cmdStat},
     {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},
     {"stats", "stats", qibosl::cmdStats},
     {"run", "run", qibosl::cmdRun},

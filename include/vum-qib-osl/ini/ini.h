@@ -76,6 +76,9 @@ public:
     explicit Ini(const std::string& fileName = "", bool readOnly = true);
     Ini(const Ini&) = default;
     Ini& operator=(const Ini&) = default;
+    /// Moves the table; the source is left valid but unspecified.
+    Ini(Ini&&) noexcept = default;
+    Ini& operator=(Ini&&) noexcept = default;
     virtual ~Ini();
 
     /// Empties the table, then LoadAdd.
@@ -123,8 +126,10 @@ public:
 
     /// Writes the table in canonical form ("[group]", then "key=value" lines, then an empty line,
     /// groups and keys in table order; comments are not kept) to fileName, or to the file of the
-    /// last load when fileName is empty (the stored name is not changed). Throws error 2 when the
-    /// table was loaded read-only, 3 when the file cannot be opened or written.
+    /// last load when fileName is empty (the stored name is not changed). The file is replaced in
+    /// one step through Osl_File_System::replace: a crash leaves the old or the new content, and
+    /// mode, owner, group and a symlinked name are kept. Throws error 2 when the table was loaded
+    /// read-only, 3 when the file cannot be written (or its name does not convert).
     virtual void FlushIniDataToFile(const std::string& fileName);
 
     /// The line number (from 1) of the line a parse error of the last Load/LoadAdd was raised on

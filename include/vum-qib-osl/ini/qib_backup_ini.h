@@ -22,6 +22,8 @@ public:
     explicit BackupIni(const std::string& fileName);
     BackupIni(const BackupIni&) = default;
     BackupIni& operator=(const BackupIni&) = default;
+    BackupIni(BackupIni&&) noexcept = default;
+    BackupIni& operator=(BackupIni&&) noexcept = default;
     ~BackupIni() override;
 
     /// Writes the table to the object's own file; the argument is ignored. Throws Ini's error 2

@@ -25,6 +25,8 @@ public:
     QibFDSIni(const char* installDir, bool readOnly = true) : QibFDSIni(std::string(installDir), readOnly) {}
     QibFDSIni(const QibFDSIni&) = default;
     QibFDSIni& operator=(const QibFDSIni&) = default;
+    QibFDSIni(QibFDSIni&&) noexcept = default;
+    QibFDSIni& operator=(QibFDSIni&&) noexcept = default;
     ~QibFDSIni() override;
 
     /// The value with %NAME% references expanded, or defaultValue.
@@ -36,7 +38,8 @@ public:
     void SetProperty(const std::string& section, const std::string& key, const std::string& value);
     /// Removes the section in memory.
     void DeleteSection(const std::string& section);
-    /// Writes the table to the file (in canonical form). Throws Ini's errors 2 (read-only) and 3.
+    /// Writes the table to the file (in canonical form), crash-safe as Ini::FlushIniDataToFile.
+    /// Throws Ini's errors 2 (read-only) and 3.
     void Flush();
     /// The full path of the settings file.
     std::string GetLocation() const { return location_; }

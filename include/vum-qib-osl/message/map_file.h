@@ -4,7 +4,6 @@
 #include <vum-qib-osl/osl_api.h>
 
 #include <map>
-#include <mutex>
 #include <shared_mutex>
 #include <string>
 
@@ -23,6 +22,9 @@ public:
     MapFile();
     MapFile(const MapFile& other);
     MapFile& operator=(const MapFile& other);
+    /// Moves the entries; the source is left empty.
+    MapFile(MapFile&& other) noexcept;
+    MapFile& operator=(MapFile&& other) noexcept;
     virtual ~MapFile();
 
     /// Empties the catalog, then reads the file. False when the file cannot be read or is not a
@@ -31,7 +33,8 @@ public:
     /// Reads the file into the catalog; keys already present keep their text. False when the file
     /// cannot be read or is not a well-formed catalog; the catalog is then unchanged.
     bool AppendMap(const std::string& fileName);
-    /// Writes every entry to the file (created or truncated). False when it cannot be written.
+    /// Writes every entry to the file through Osl_File_System::replace: a crash while writing
+    /// leaves the old catalog whole. False when it cannot be written (the old file then stays).
     bool StoreMap(const std::string& fileName);
     /// Sets the entry, overwriting an existing text. True when the key existed before the call.
     bool Insert(const std::string& key, const std::string& text);
@@ -85,7 +88,4 @@ public:
 private:
     SingleMapFileMT();
     ~SingleMapFileMT() override;
-
-    static SingleMapFileMT* m_Instance;
-    static std::mutex m_CreateLock;  // guards m_Instance
 };

@@ -6,7 +6,7 @@
 #include <string>
 
 /// The value of the environment variable DECOLLATOR_DIR, read anew at every call; empty when it is
-/// not set. The text is kept in one process-wide buffer: concurrent calls are not protected.
+/// not set. Thread-safe as far as the C library's environment is (no setenv at the same time).
 OSL_API std::string GetBinDir();
 
 /// Copies the installation directory from the system registry into DECOLLATOR_DIR. Linux has no

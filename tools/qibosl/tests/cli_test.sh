@@ -196,5 +196,19 @@ expect err "run: start failure line" 'Failed to invoke extern program (no-such-p
 check run-no-timeout 2 "$qibosl" run -- true
 check run-bad-timeout 2 "$qibosl" run -timeout=1s -- true
 rm -rf "$run_dir"
+# ls and stat
+ls_dir=$(mktemp -d)
+touch "$ls_dir/b.txt" "$ls_dir/a.txt" "$ls_dir/C.TXT" "$ls_dir/d.csv"
+check ls 0 "$qibosl" ls -pattern='*.txt' -i "$ls_dir"
+[ "$(cat /tmp/qibosl-cli.$$.out)" = $'C.TXT\na.txt\nb.txt' ] || { echo "FAIL ls: names"; fail=1; }
+check ls-none 1 "$qibosl" ls -pattern='*.pdf' "$ls_dir"
+check ls-missing 2 "$qibosl" ls "$ls_dir/missing"
+check ls-no-dir 2 "$qibosl" ls
+chmod 4750 "$ls_dir/a.txt"
+check stat 0 "$qibosl" stat "$ls_dir/a.txt"
+expect out "stat: permissions" '^permissions: 4750 (rwsr-x---)$'
+expect out "stat: type" '^type: regular file$'
+check stat-missing 1 "$qibosl" stat "$ls_dir/missing"
+rm -rf "$ls_dir"
 rm -f /tmp/qibosl-cli.$$.out /tmp/qibosl-cli.$$.err
 exit $fail
