@@ -120,11 +120,11 @@ TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
     int n = 0;
     while (n == 0 || std::filesystem::file_size(path_) <= 1000) {
         line("line " + std::to_string(n++));
-        ASSERT_TRUE(LogFile::backups(path_).empty());
+        ASSERT_TRUE(osl::test::backupsOf(path_).empty());
     }
     const std::string full = readFile(path_);
     line("after");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_05_14_07_09_000123.bak"));
     EXPECT_EQ(readFile(backups[0]), full);
@@ -141,10 +141,10 @@ TEST_F(FileChannelTest, RotatesByAgeAfterWholeDays) {
     line("day one");
     clock.advance(86399);
     line("still day one");
-    EXPECT_TRUE(LogFile::backups(path_).empty());
+    EXPECT_TRUE(osl::test::backupsOf(path_).empty());
     clock.advance(1);
     line("day two");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_06_14_07_09_000000.bak"));
     EXPECT_EQ(lines(backups[0]).size(), 3u);
@@ -160,10 +160,10 @@ TEST_F(FileChannelTest, FileWithoutHeaderRotatesOnlyBySize) {
     channel->SetPeriod(1);
     clock.advance(10 * 86400);
     line("old file");
-    EXPECT_TRUE(LogFile::backups(path_).empty());
+    EXPECT_TRUE(osl::test::backupsOf(path_).empty());
     channel->SetMaxSize(100);
     line("now too big");
-    EXPECT_EQ(LogFile::backups(path_).size(), 1u);
+    EXPECT_EQ(osl::test::backupsOf(path_).size(), 1u);
 }
 
 TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
@@ -174,7 +174,7 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
     rotating->SetMaxSize(10);
     OslLogPrint(SevInfo, "a", "t", "a rotates");
     OslLogPrint(SevInfo, "b", "t", "b after");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(lines(backups[0]).size(), 2u);
     const std::vector<std::string> now = lines(path_);
@@ -204,7 +204,7 @@ TEST_F(FileChannelTest, AppendsOfOtherProgramsCountWithinASecond) {
     std::ofstream(path_, std::ios::app) << std::string(2000, 'x') << "\r\n";
     clock.advance(2);
     line("second");
-    EXPECT_EQ(LogFile::backups(path_).size(), 1u);
+    EXPECT_EQ(osl::test::backupsOf(path_).size(), 1u);
     EXPECT_EQ(lines(path_).size(), 2u);
 }
 
@@ -213,7 +213,7 @@ TEST_F(FileChannelTest, BackupNamesNeverCollide) {
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(10);
     for (int i = 0; i < 4; ++i) line("line " + std::to_string(i));
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 3u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_05_14_07_09_999999.bak"));
     EXPECT_EQ(backups[1], dir_.file("run_2024_03_05_14_07_10_000000.bak"));
@@ -229,17 +229,17 @@ TEST_F(FileChannelTest, RetentionByCountAndByAge) {
         line("line " + std::to_string(i));
         clock.advance(86400);
     }
-    EXPECT_EQ(LogFile::backups(path_).size(), 4u);  // backups stay unless asked otherwise
+    EXPECT_EQ(osl::test::backupsOf(path_).size(), 4u);  // backups stay unless asked otherwise
     channel->SetPurgeCount(2);
     line("purge by count");
-    std::vector<std::string> backups = LogFile::backups(path_);
+    std::vector<std::string> backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 2u);
     EXPECT_EQ(backups[1], dir_.file("run_2024_03_10_14_07_09_000000.bak"));
     channel->SetPurgeCount(0);
     channel->SetPurgeAge(1);
     clock.advance(86400);
     line("purge by age");
-    backups = LogFile::backups(path_);
+    backups = osl::test::backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_11_14_07_09_000000.bak"));
     EXPECT_TRUE(std::filesystem::exists(dir_.file("run_notes.bak")));
@@ -255,7 +255,7 @@ TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
     line("one");
     line("two");
     EXPECT_EQ(lines(mine).size(), 2u);
-    EXPECT_EQ(LogFile::backups(mine).size(), 1u);
+    EXPECT_EQ(osl::test::backupsOf(mine).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(path_));
     EXPECT_FALSE(std::filesystem::exists(mine + ".lock"));
 }
@@ -271,7 +271,7 @@ TEST_F(FileChannelTest, ThreadsLoggingAtOnceKeepEveryLineWhole) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    std::vector<std::string> files = LogFile::backups(path_);
+    std::vector<std::string> files = osl::test::backupsOf(path_);
     EXPECT_GT(files.size(), 10u);
     files.push_back(path_);
     std::set<std::string> bodies;

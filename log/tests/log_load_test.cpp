@@ -1,5 +1,6 @@
 // log/tests/log_load_test.cpp
 // Configuring the logger and its channels from an INI file.
+#include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/log/channel_debug.h>
 #include <vum-qib-osl/log/channel_file.h>
 #include <vum-qib-osl/log/channel_snmp.h>

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "log/src/log_file.h"
+#include "log/tests/log_test_support.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -76,7 +77,7 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
         ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "writer status " << status;
     }
 
-    std::vector<std::string> files = osl::detail::LogFile::backups(path);
+    std::vector<std::string> files = osl::test::backupsOf(path);
     ASSERT_GT(files.size(), 20u) << "the limit should have been crossed many times";
     std::map<std::string, int> seen;
     for (const std::string& file : files) {
