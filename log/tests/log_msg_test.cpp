@@ -131,6 +131,12 @@ TEST_F(LogMsgTest, BodyInsertionOfEveryType) {
     msg.imbue(std::locale(std::locale::classic(), new Thousands));
     msg << 1234567 << flush;
     EXPECT_EQ(body(lines()[3]), "1.234.567");
+    // Whatever a std::ostream prints keeps the chain a message, so that flush ends the line.
+    msg.imbue(std::locale::classic());
+    msg.fill(' ');
+    msg << true << std::string_view(" view ") << 0.5L << std::setw(3) << 'x' << flush;
+    ASSERT_EQ(lines().size(), 5u);
+    EXPECT_EQ(body(lines()[4]), "1 view 0.5  x");
 }
 
 TEST_F(LogMsgTest, EmbeddedNulEndsTheBody) {
