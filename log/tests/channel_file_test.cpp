@@ -1,4 +1,6 @@
 // log/tests/channel_file_test.cpp
+// The common and private file channels: header, rotation by size and age, files changed by
+// other programs, backup names and retention.
 #include <vum-qib-osl/log/channel_file.h>
 
 #include <vum-qib-osl/misc/qib_error.h>

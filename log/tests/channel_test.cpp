@@ -1,4 +1,5 @@
 // log/tests/channel_test.cpp
+// The per-channel filter and the function channel.
 #include <vum-qib-osl/log/channel.h>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // log/tests/log_msg_test.cpp
+// Log messages: the line layout, insertion of every printable type, the Log forms and OSL_LOG.
 #include <vum-qib-osl/log/log_msg.h>
 
 #include <vum-qib-osl/misc/qib_error.h>

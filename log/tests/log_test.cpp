@@ -1,4 +1,5 @@
 // log/tests/log_test.cpp
+// The logger: summaries, filtering, serialised output from many threads.
 #include <vum-qib-osl/log/log.h>
 
 #include <gtest/gtest.h>
