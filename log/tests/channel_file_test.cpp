@@ -75,28 +75,23 @@ TEST(LogFileFormatTest, HeaderRecordItsReadingAndBackupNames) {
     EXPECT_EQ(LogFile::backupName("run", t), "run_2024_03_05_14_07_09_000123.bak");
 }
 
-TEST_F(FileChannelTest, NewFileStartsWithHeaderAndLinesEndInCrLf) {
+// A new file, and an empty one that exists, start with the header.
+TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+    writeFile(dir_.file("empty.log"), "");
     addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    addChannel(new CChannelCommonFile(dir_.file("empty.log"), SevInfo, ""));
     line("first");
     line("second");
-    const std::string content = readFile(path_);
-    ASSERT_EQ(content.substr(0, 83), kHeader5March);
-    const std::vector<std::string> all = lines(path_);
-    ASSERT_EQ(all.size(), 3u);
-    EXPECT_EQ(all[1].substr(0, 12), "A filetest  ");
-    EXPECT_EQ(body(all[1]), "first");
-    EXPECT_EQ(body(all[2]), "second");
-    EXPECT_EQ(content.substr(content.size() - 2), "\r\n");
-}
-
-TEST_F(FileChannelTest, EmptyExistingFileReceivesTheHeaderFirst) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    writeFile(path_, "");
-    addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    line("first");
-    EXPECT_EQ(readFile(path_).substr(0, 83), kHeader5March);
-    EXPECT_EQ(lines(path_).size(), 2u);
+    for (const std::string& file : {path_, dir_.file("empty.log")}) {
+        const std::string content = readFile(file);
+        ASSERT_EQ(content.substr(0, 83), kHeader5March);
+        const std::vector<std::string> all = lines(file);
+        ASSERT_EQ(all.size(), 3u);
+        EXPECT_EQ(all[1].substr(0, 12), "A filetest  ");
+        EXPECT_EQ(body(all[1]), "first");
+        EXPECT_EQ(body(all[2]), "second");
+    }
 }
 
 TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
@@ -169,27 +164,23 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
     EXPECT_EQ(body(now[2]), "b after");
 }
 
-TEST_F(FileChannelTest, FileRemovedByAnotherProgramIsCreatedAgain) {
+// Within a second the channel sees what other programs did to the file: removed it (created
+// again, with its header), or appended to it (counted towards the size limit).
+TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     line("first");
     std::filesystem::remove(path_);
     clock.advance(2);
     line("second");
-    const std::vector<std::string> now = lines(path_);
+    std::vector<std::string> now = lines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240305140711");
-    EXPECT_EQ(body(now[1]), "second");
-}
-
-TEST_F(FileChannelTest, AppendsOfOtherProgramsCountWithinASecond) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(1000);
-    line("first");
+    line("third");
     std::ofstream(path_, std::ios::app) << std::string(2000, 'x') << "\r\n";
     clock.advance(2);
-    line("second");
+    line("fourth");
     EXPECT_EQ(backupsOf(path_).size(), 1u);
     EXPECT_EQ(lines(path_).size(), 2u);
 }

@@ -161,15 +161,6 @@ TEST_F(LogLoadTest, LoadFromAnIniObjectCopiesIt) {
     EXPECT_NE(osl::test::readFile(file).find("caller's filter"), std::string::npos);
 }
 
-TEST_F(LogLoadTest, SecondLoggerFromItsConstructor) {
-    osl::test::writeFile(ini_, "[tool]\nchannels=f\n[f]\ntype=text-file\nlevel=info\npath=" + dir_.file("tool.log") + "\n");
-    CLog tool(ini_, "tool");
-    CLog* pointer = &tool;
-    CLogMsg msg(&pointer, "main", "", SevInfo);
-    msg.Log("from the second logger");
-    EXPECT_NE(osl::test::readFile(dir_.file("tool.log")).find("A tool      "), std::string::npos);
-}
-
 TEST_F(LogLoadTest, PrintVersionsLogsTheApplicationThenTheRest) {
     log_->SetFunctionChannel(captureLine, SevInfo, "", false);
     QibVr_Versions& versions = QibVr_Versions::Instance();

@@ -186,23 +186,6 @@ TEST_F(LogMsgTest, AssignmentCopiesAttributesNotBody) {
     EXPECT_NE(lines().at(0).find("-FATAL at-a : "), std::string::npos);
 }
 
-TEST_F(LogMsgTest, OslLogPrintUsesInfoForSeverityZero) {
-    OslLogPrint(static_cast<LogSeverity>(0), "cat", "where", "text");
-    std::string s = "string";
-    OslLogPrint(SevFatal, nullptr, nullptr, s);
-    ASSERT_EQ(lines().size(), 2u);
-    EXPECT_NE(lines()[0].find("  cat 03-05-2024 14:07:09 -INFO  where : text"), std::string::npos);
-    EXPECT_NE(lines()[1].find("-FATAL  : string"), std::string::npos);
-}
-
-TEST_F(LogMsgTest, NoLoggerMeansNothingWritten) {
-    CLog* none = nullptr;
-    CLogMsg msg(&none, "at", "", SevFatal);
-    EXPECT_FALSE(msg.IsEnable());
-    msg << "lost" << flush;
-    EXPECT_TRUE(lines().empty());
-}
-
 TEST_F(LogMsgTest, ThreadIdIsTheCallingThreads) {
     long other = 0;
     std::thread t([&other] {
@@ -215,13 +198,6 @@ TEST_F(LogMsgTest, ThreadIdIsTheCallingThreads) {
     std::snprintf(ids, sizeof ids, "%5d/%5ld ", osl::platform::currentProcessId(), other);
     EXPECT_EQ(lines()[0].substr(12, std::strlen(ids)), ids);
     EXPECT_NE(other, osl::platform::currentThreadId());
-}
-
-TEST_F(LogMsgTest, LogToCoutWritesTheText) {
-    testing::internal::CaptureStdout();
-    LogToCout("to stdout");
-    LogToCout(nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "to stdout");
 }
 
 class OslLogMacroTest : public LoggerTest {};

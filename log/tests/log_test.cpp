@@ -114,10 +114,4 @@ TEST_F(LoggerTest, DestroyingTheSingletonClosesTheGate) {
     EXPECT_FALSE(osl::detail::logWanted(SevFatal, ""));
 }
 
-TEST(Log2clogTest, WritesLineAndEnd) {
-    testing::internal::CaptureStderr();
-    CLog::Log2clog("to the screen");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "to the screen\n");
-}
-
 }  // namespace
