@@ -59,30 +59,11 @@ TEST(DebugChannelTest, WritesOnlyWhileADebuggerIsAttached) {
     EXPECT_EQ(debugChannelOutput(false), "");
 }
 
-TEST(SnmpTrapTest, TrapMessageLayout) {
+// The layout itself is what snmptrapd decodes in the daemon test; here, the cut of a long line.
+TEST(SnmpTrapTest, LongLinesAreCutToFitADatagram) {
     osl::detail::LogTrap trap;
-    trap.community = "public";
-    trap.requestId = 7;
-    trap.upTime = 100;
-    trap.line = "L";
-    trap.severity = 3;
-    trap.category = "db";
-    trap.at = "Open";
-    const std::string message = osl::detail::encodeTrap(trap);
-    // SEQUENCE { INTEGER 1, OCTET STRING "public", [7] { INTEGER 7, INTEGER 0, INTEGER 0, ... } }
-    ASSERT_GE(message.size(), 20u);
-    // (both lengths above 127 take the long form 0x81 n)
-    EXPECT_EQ(message.substr(0, 2), "\x30\x81");
-    EXPECT_EQ(static_cast<std::size_t>(static_cast<unsigned char>(message[2])) + 3, message.size());
-    EXPECT_EQ(message.substr(3, 11), std::string("\x02\x01\x01\x04\x06public", 11));
-    EXPECT_EQ(message.substr(14, 2), "\xa7\x81");
-    EXPECT_EQ(static_cast<std::size_t>(static_cast<unsigned char>(message[16])) + 17, message.size());
-    EXPECT_EQ(message.substr(17, 9), std::string("\x02\x01\x07\x02\x01\x00\x02\x01\x00", 9));
-    EXPECT_NE(message.find(osl::detail::berOid(osl::detail::kLogTrapOid)), std::string::npos);
-    EXPECT_NE(message.find(osl::detail::berOid(osl::detail::kLogLineOid) + "\x04\x01L"), std::string::npos);
     trap.line.assign(70000, 'x');
-    const std::string big = osl::detail::encodeTrap(trap);
-    EXPECT_LT(big.size(), osl::detail::kMaxTrapLine + 200);
+    EXPECT_LT(osl::detail::encodeTrap(trap).size(), osl::detail::kMaxTrapLine + 200);
 }
 
 // The host is resolved on a thread of its own, so a line never waits for it; once the name is
