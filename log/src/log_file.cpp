@@ -8,9 +8,12 @@
 //   names a complete file, and a writer still holding the old file writes into the backup;
 // - rotation and creation run under an exclusive flock(2) on "<path>.lock"; the decision is
 //   taken again under the lock on the file then current, so one crossing rotates once;
-// - the lock file's record holds a generation that every rotation raises, read with one pread
-//   per line, so the file stays open between lines; once a second a writer also checks the path
-//   itself, for files removed or moved by other programs, and the size that others appended;
+// - the lock file's record holds a generation that every rotation raises, so the file stays open
+//   between lines. A system call costs as much as the write of a line, so the record is read at
+//   most once a millisecond; a rotation in this process is seen at the next line through a
+//   counter in memory. Until then a line lands in the backup, which is still one file of the
+//   log. Once a second a writer also checks the path itself, for files removed or moved by other
+//   programs, and the size that others appended;
 // - when the lock file cannot be had, or a rotation or a reopening fails, the line still goes
 //   into the file open (or the one under the path), and the failure is tried again later.
 #include "log/src/log_file.h"
@@ -21,6 +24,7 @@
 #include "platform/process.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -33,6 +37,10 @@ constexpr char kWhere[] = "log\\src\\channel";
 constexpr std::size_t kRecordLength = 81;
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::int64_t kRetrySeconds = 10;
+constexpr std::int64_t kGenerationCheckMicros = 1000;
+
+// Rotations made by any file channel of this process.
+std::atomic<std::uint64_t> localRotations{0};
 
 [[noreturn]] void throwFileError(const std::string& what, const std::string& path, std::error_code ec, long line) {
     throw QIBError("Log file: " + what + " " + path + ": " + ec.message(), ec.value(), 8, kWhere, line);
@@ -141,8 +149,17 @@ void LogFile::tryLock(std::int64_t now) {
 void LogFile::writeLine(const char* text, std::size_t size) {
     const osl::platform::WallTime now = osl::platform::clock().now();
     tryLock(now.seconds);
+    const std::int64_t micros = now.seconds * 1000000 + now.micros;
+    const std::uint64_t rotations = localRotations.load(std::memory_order_acquire);
+    bool recheck = false;
+    if (rotations != seenRotations_ || micros >= nextGenerationCheck_ || micros < lastGenerationCheck_) {
+        seenRotations_ = rotations;
+        lastGenerationCheck_ = micros;
+        nextGenerationCheck_ = micros + kGenerationCheckMicros;
+        recheck = lockUsable() && lock_.generation() != generation_;
+    }
     bool created = false;  // a file that did not exist is not rotated before its first line
-    if (!file_.isOpen() || (lockUsable() && lock_.generation() != generation_)) {
+    if (!file_.isOpen() || recheck) {
         Guard guard(*this);
         created = reopen(now);
     } else if (now.seconds >= nextCheck_) {
@@ -265,6 +282,7 @@ void LogFile::rotate(osl::platform::WallTime now) {
     }
     reported_ &= ~kNoRotation;
     if (guard.locked()) lock_.bumpGeneration();
+    localRotations.fetch_add(1, std::memory_order_acq_rel);
     reopen(now);
     retain(backup, now.seconds);
 }

@@ -69,6 +69,9 @@ private:
     std::int64_t lockRetryAt_ = 0;
     std::int64_t rotateRetryAt_ = 0;
     std::uint64_t generation_ = 0;
+    std::uint64_t seenRotations_ = 0;        // of this process, when generation_ was last compared
+    std::int64_t lastGenerationCheck_ = 0;   // microseconds
+    std::int64_t nextGenerationCheck_ = 0;
     std::uint64_t size_ = 0;     // this process's count, refreshed from the file once a second
     bool createdKnown_ = false;
     std::int64_t created_ = 0;
