@@ -1,5 +1,5 @@
 // bench/ini_bench.cpp
-// Loading a generated 20 MB INI file with Ini, inih's INIReader and SimpleIni (each stores what it
+// Loading a generated 20 MB (and a 4 KB) INI file with Ini, inih's INIReader and SimpleIni (each stores what it
 // reads), and looking up existing keys with Ini::GetString, SimpleIni's GetValue and POCO's
 // AbstractConfiguration::getString.
 #include <vum-qib-osl/ini/ini.h>
@@ -42,6 +42,10 @@ public:
         static const BenchFile* file = new BenchFile(16u * 1024, "small");
         return *file;
     }
+    static const BenchFile& tiny() {
+        static const BenchFile* file = new BenchFile(4u * 1024, "tiny");
+        return *file;
+    }
     const std::string& path() const { return path_; }
     const std::vector<Lookup>& lookups() const { return lookups_; }
 
@@ -77,16 +81,21 @@ private:
         }
         if (name == "large") {
             std::atexit([] { std::remove(BenchFile::get().path().c_str()); });
-        } else {
+        } else if (name == "small") {
             std::atexit([] { std::remove(BenchFile::small().path().c_str()); });
+        } else {
+            std::atexit([] { std::remove(BenchFile::tiny().path().c_str()); });
         }
     }
     std::string path_;
     std::vector<Lookup> lookups_;
 };
 
+using FileOf = const BenchFile& (*)();
+
+template <FileOf file>
 void BM_Load_osl(benchmark::State& state) {
-    const std::string& path = BenchFile::get().path();
+    const std::string& path = file().path();
     for (auto _ : state) {
         Ini ini;
         ini.Load(path, true);
@@ -94,10 +103,12 @@ void BM_Load_osl(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
 }
-BENCHMARK(BM_Load_osl)->Name("ini_load_20MB/osl")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load_osl<BenchFile::get>)->Name("ini_load_20MB/osl")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load_osl<BenchFile::tiny>)->Name("ini_load_4KB/osl");
 
+template <FileOf file>
 void BM_Load_inih(benchmark::State& state) {
-    const std::string& path = BenchFile::get().path();
+    const std::string& path = file().path();
     for (auto _ : state) {
         INIReader reader(path);
         if (reader.ParseError() != 0) state.SkipWithError("inih could not parse the file");
@@ -105,10 +116,12 @@ void BM_Load_inih(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
 }
-BENCHMARK(BM_Load_inih)->Name("ini_load_20MB/inih")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load_inih<BenchFile::get>)->Name("ini_load_20MB/inih")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load_inih<BenchFile::tiny>)->Name("ini_load_4KB/inih");
 
+template <FileOf file>
 void BM_Load_simpleini(benchmark::State& state) {
-    const std::string& path = BenchFile::get().path();
+    const std::string& path = file().path();
     for (auto _ : state) {
         CSimpleIniA ini;
         if (ini.LoadFile(path.c_str()) < 0) state.SkipWithError("SimpleIni could not load the file");
@@ -116,9 +129,8 @@ void BM_Load_simpleini(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * std::filesystem::file_size(path)));
 }
-BENCHMARK(BM_Load_simpleini)->Name("ini_load_20MB/simpleini")->Unit(benchmark::kMillisecond);
-
-using FileOf = const BenchFile& (*)();
+BENCHMARK(BM_Load_simpleini<BenchFile::get>)->Name("ini_load_20MB/simpleini")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load_simpleini<BenchFile::tiny>)->Name("ini_load_4KB/simpleini");
 
 template <FileOf file>
 void BM_GetString_osl(benchmark::State& state) {

@@ -30,3 +30,4 @@ endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vum-qib-osl.pc.in ${PROJECT_BINARY_DIR}/vum-qib-osl.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vum-qib-osl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT dev)
+include(OslPackaging)

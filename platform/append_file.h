@@ -5,6 +5,8 @@
 // someone may truncate the lock file at any time).
 #pragma once
 
+#include "platform/fs.h"  // removeFile, renameFile, DirectoryReader
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -59,11 +61,6 @@ private:
 std::error_code writeNewFile(const std::string& path, const std::string& content, const FileInfo& like);
 /// A second name for an existing file; an existing target gives std::errc::file_exists.
 std::error_code linkFile(const std::string& from, const std::string& to);
-/// Renames from to to, replacing to atomically when it exists.
-std::error_code renameFile(const std::string& from, const std::string& to);
-std::error_code removeFile(const std::string& path);
-/// The names of the entries of a directory ("." when empty); an unreadable one gives none.
-std::vector<std::string> directoryNames(const std::string& dir);
 
 /// The lock file of a log file that several processes write: an exclusive lock between processes
 /// (flock) and a record that every writer reads with pread: the generation, which every rotation

@@ -36,3 +36,13 @@
 #include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
+#include <vum-qib-osl/ini/http_file.h>
+#include <vum-qib-osl/ini/remote_ini.h>
+
+#include <vum-qib-osl/file/find_file.h>
+#include <vum-qib-osl/file/osl_directory.h>
+#include <vum-qib-osl/file/osl_file.h>
+#include <vum-qib-osl/file/osl_file_system.h>
+#include <vum-qib-osl/file/osl_fstream.h>
+#include <vum-qib-osl/file/osl_io_status.h>
+#include <vum-qib-osl/file/unicode_signature.h>

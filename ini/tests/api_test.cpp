@@ -1,8 +1,10 @@
 // ini/tests/api_test.cpp
 // Against the shared library: the INI classes a product program uses.
+#include <vum-qib-osl/ini/http_file.h>
 #include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
+#include <vum-qib-osl/ini/remote_ini.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include <gtest/gtest.h>
@@ -33,6 +35,12 @@ TEST(IniApiTest, ExportedFromTheSharedLibrary) {
     EXPECT_TRUE(StrCmpInSensitive()("a", "B"));
     EXPECT_EQ(Ini::ExceptionNumberToString(5), "Ini file is empty");
     EXPECT_THROW(Ini(dir.file("missing.ini")), QIBError);
+
+    std::string content = "a&b&";  // escaped in place, even when no server is named
+    EXPECT_THROW(HTTP_PutFile("", "/qib", true, content, "", ""), QIBError);
+    EXPECT_EQ(content, "a%26b%26");
+    EXPECT_THROW(HTTP_GetFile("", "/qib", true, content, "", ""), QIBError);
+    EXPECT_THROW(RemoteIni("", "/qib", "", ""), QIBError);
 }
 
 }  // namespace

@@ -344,7 +344,11 @@ void LogFile::retain(const std::string& backup, std::int64_t now) {
     const bool recorded = settings_.shared && lockUsable() && lock_.writable();
     std::vector<std::string> names = recorded ? lock_.backups() : ownBackups_;
     names.push_back(std::filesystem::path(backup).filename().string());
-    std::vector<std::string> present = osl::platform::directoryNames(std::filesystem::path(settings_.path).parent_path());
+    std::vector<std::string> present;
+    const std::string dir = std::filesystem::path(settings_.path).parent_path().string();
+    osl::platform::DirectoryReader reader;
+    std::error_code ec = reader.open(dir.empty() ? "." : dir);
+    for (std::string name; !ec && reader.next(name, ec);) present.push_back(name);
     std::sort(present.begin(), present.end());
     const std::string stem = std::filesystem::path(settings_.path).stem().string();
     std::vector<std::string> kept;

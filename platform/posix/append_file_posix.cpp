@@ -3,7 +3,6 @@
 // with pread/pwrite: a mapping of it would kill the process with SIGBUS once someone truncated it.
 #include "platform/append_file.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -135,25 +134,6 @@ std::error_code writeNewFile(const std::string& path, const std::string& content
 std::error_code linkFile(const std::string& from, const std::string& to) {
     if (::link(from.c_str(), to.c_str()) != 0) return lastError();
     return {};
-}
-
-std::error_code renameFile(const std::string& from, const std::string& to) {
-    if (::rename(from.c_str(), to.c_str()) != 0) return lastError();
-    return {};
-}
-
-std::error_code removeFile(const std::string& path) {
-    if (::unlink(path.c_str()) != 0) return lastError();
-    return {};
-}
-
-std::vector<std::string> directoryNames(const std::string& dir) {
-    std::vector<std::string> names;
-    DIR* d = ::opendir(dir.empty() ? "." : dir.c_str());
-    if (d == nullptr) return names;
-    while (const dirent* entry = ::readdir(d)) names.emplace_back(entry->d_name);
-    ::closedir(d);
-    return names;
 }
 
 // The record: the generation as 8 bytes in the machine's order, then one backup name per line.

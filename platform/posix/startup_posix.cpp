@@ -3,6 +3,7 @@
 // static; none needs a shutdown, so their destructors do nothing.
 #include "platform/startup.h"
 
+#include "platform/curl_http.h"
 #include "platform/icu_text.h"
 
 #include <atomic>
@@ -26,6 +27,12 @@ struct TextService {
     TextService() { (void)icuStart(std::string()); }
 };
 
+// libcurl's global set-up is not thread-safe, so it happens here; its clean-up is left to the
+// process exit, as other libraries of the process may use libcurl too.
+struct HttpService {
+    HttpService() { httpStart(); }
+};
+
 std::mutex& enderLock() {
     static std::mutex* lock = new std::mutex;
     return *lock;
@@ -42,6 +49,7 @@ void startServices() {
     static const bool started = [] {
         static TimeService time;
         static TextService text;
+        static HttpService http;
         startCount.fetch_add(1);
         return true;
     }();
@@ -62,6 +70,7 @@ void endSessions() {
         copy = enders();
     }
     for (auto& ender : copy) ender();
+    endHttpSession();
 }
 
 }  // namespace osl::platform

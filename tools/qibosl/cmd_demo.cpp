@@ -218,6 +218,7 @@ int cmdDemo(const Args& args) {
     demoMessagesAndCommandLine();
     demoPatterns(installation);
     demoSettings(installation.string());
+    demoRemoteSettings(installation.string());
     demoText();
     demoEnvironment(installation);
     demoLogging(installation.string());

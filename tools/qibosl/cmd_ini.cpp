@@ -64,17 +64,20 @@ int iniSet(const Args& args) {
 
 int iniDump(const Args& args) {
     if (args.size() != 1) throw UsageError("ini dump takes one FILE");
-    const Ini ini(args[0], true);
-    for (IniGroupIterator it = ini.begin(); it != ini.end(); ++it) {
-        const Group group = *it;
-        std::cout << '[' << group.name << "]\n";
-        for (const auto& [key, value] : *group.properties) std::cout << key << '=' << value << '\n';
-        std::cout << '\n';
-    }
+    printIni(std::cout, Ini(args[0], true));
     return 0;
 }
 
 }  // namespace
+
+void printIni(std::ostream& out, const Ini& ini) {
+    for (IniGroupIterator it = ini.begin(); it != ini.end(); ++it) {
+        const Group group = *it;
+        out << '[' << group.name << "]\n";
+        for (const auto& [key, value] : *group.properties) out << key << '=' << value << '\n';
+        out << '\n';
+    }
+}
 
 int cmdIni(const Args& args) {
     if (args.empty()) throw UsageError("ini needs check, get, set or dump");

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+class Ini;
+
 namespace qibosl {
 
 /// The arguments after the subcommand's name, as QIBCommandLine gives them: options joined into
@@ -35,6 +37,9 @@ public:
 
 /// Prints qibosl's usage text for the given usage sets (all commands when empty) from its catalog.
 void printUsage(std::ostream& out, const std::vector<std::string>& sets);
+/// Prints the usage of one command, "usage: qibosl " followed by its catalog entry; the full usage
+/// when there is no such command.
+void printCommandUsage(std::ostream& out, const std::string& name);
 
 int cmdVersion(const Args& args);
 int cmdDemo(const Args& args);
@@ -47,6 +52,11 @@ int cmdEncodings(const Args& args);
 int cmdIni(const Args& args);
 int cmdLog(const Args& args);
 void demoSettings(const std::string& installation);
+/// The table in canonical form: "[group]", "key=value" lines, an empty line.
+void printIni(std::ostream& out, const Ini& ini);
+// INI files on a web server (cmd_remote_ini.cpp).
+int cmdRemoteIni(const Args& args);
+void demoRemoteSettings(const std::string& installation);
 // Environment and installation directories (cmd_env.cpp).
 int cmdEnv(const Args& args);
 int cmdDirs(const Args& args);

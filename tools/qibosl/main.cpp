@@ -31,6 +31,7 @@ constexpr Command kCommands[] = {
     {"autoedit", "autoedit", qibosl::cmdAutoEdit},
     {"ini", "ini", qibosl::cmdIni},
     {"log", "log", qibosl::cmdLog},
+    {"remote-ini", "remote-ini", qibosl::cmdRemoteIni},
 };
 
 // The compiled catalog sits next to the program in the build tree and under share/ once installed.
@@ -62,21 +63,64 @@ public:
 
 }  // namespace
 
+namespace {
+
+// Loaded only when a usage is shown: a catalog that `qibosl usage` reads must not meet our keys first.
+bool catalogLoaded() {
+    static const bool loaded = [] {
+        const std::filesystem::path catalog = findCatalog();
+        return !catalog.empty() && SingleMapFileMT::Instance()->AppendMap(catalog.string());
+    }();
+    return loaded;
+}
+
+void printMissingCatalog(std::ostream& out) {
+    out << "usage: qibosl COMMAND [ARGUMENTS]\n\ncommands:";
+    for (const Command& c : kCommands) out << " " << c.name;
+    out << "\n(the usage texts are missing: no readable qibosl.cat beside the program or in "
+           "../share/vum-qib-osl)\n";
+}
+
+const Command* findCommand(const std::string& name) {
+    for (const Command& c : kCommands) {
+        if (name == c.name) return &c;
+    }
+    return nullptr;
+}
+
+bool isHelpOption(const qibosl::Args& args) {
+    return !args.empty() && (args.front() == "-help" || args.front() == "--help" || args.front() == "-h");
+}
+
+}  // namespace
+
 void qibosl::printUsage(std::ostream& out, const std::vector<std::string>& sets) {
     std::vector<std::string> shown = sets;
     if (shown.empty()) {
         for (const Command& c : kCommands) shown.emplace_back(c.usageSet);
     }
-    // Loaded only now: a catalog that `qibosl usage` reads must not meet our keys first.
-    const std::filesystem::path catalog = findCatalog();
-    if (catalog.empty() || !SingleMapFileMT::Instance()->AppendMap(catalog.string())) {
-        out << "usage: qibosl COMMAND [ARGUMENTS]\n\ncommands:";
-        for (const Command& c : kCommands) out << " " << c.name;
-        out << "\n(the usage texts are missing: no readable qibosl.cat beside the program or in "
-               "../share/vum-qib-osl)\n";
-        return;
-    }
+    if (!catalogLoaded()) return printMissingCatalog(out);
     DisplayUsage(out, shown, "");
+}
+
+void qibosl::printCommandUsage(std::ostream& out, const std::string& name) {
+    const Command* command = findCommand(name);
+    if (command == nullptr || !catalogLoaded()) return printUsage(out, {});
+    Message message;
+    message.PrintCode(false);
+    const std::string key = std::string(command->usageSet) + "_x4_1";
+    const std::string text = message.HasEntry(key) ? message[key].Text() : command->usageSet;
+    // The entry's further lines start with a tab, aligned under the first one after "usage: qibosl ".
+    constexpr std::string_view kLead = "usage: qibosl ";
+    out << kLead;
+    for (char c : text) {
+        if (c == '\t') {
+            out << std::string(kLead.size(), ' ');
+        } else {
+            out << c;
+        }
+    }
+    out << "\n";
 }
 
 int main(int argc, char** argv) {
@@ -88,16 +132,31 @@ int main(int argc, char** argv) {
         return 2;
     }
     if (name == "help" || name == "-h" || name == "--help") {
-        qibosl::printUsage(std::cout, {});
-        return 0;
+        const qibosl::Args topics = line.rest();
+        if (topics.empty()) {
+            qibosl::printUsage(std::cout, {});
+            return 0;
+        }
+        if (topics.size() == 1 && findCommand(topics.front()) != nullptr) {
+            qibosl::printCommandUsage(std::cout, topics.front());
+            return 0;
+        }
+        std::cerr << "qibosl help: no command '" << topics.front() << "'\n\n";
+        qibosl::printUsage(std::cerr, {});
+        return 2;
     }
-    for (const Command& c : kCommands) {
-        if (name != c.name) continue;
+    if (const Command* command = findCommand(name)) {
+        const Command& c = *command;
+        const qibosl::Args args = line.rest();
+        if (isHelpOption(args)) {
+            qibosl::printCommandUsage(std::cout, name);
+            return 0;
+        }
         try {
-            return c.run(line.rest());
+            return c.run(args);
         } catch (const qibosl::UsageError& e) {
-            std::cerr << "qibosl " << name << ": " << e.what() << "\n\n";
-            qibosl::printUsage(std::cerr, {c.usageSet});
+            std::cerr << "qibosl " << name << ": " << e.what() << "\n";
+            qibosl::printCommandUsage(std::cerr, name);
             return 2;
         } catch (const QIBError& e) {
             std::cerr << "qibosl " << name << ": " << e << "\n";

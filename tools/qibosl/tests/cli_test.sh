@@ -34,6 +34,7 @@ expect out "demo: message from the installation's catalog" \
 expect out "demo: settings file" 'report_server/language = English   (from the group default)'
 expect out "demo: text round trip" 'back: .*(same bytes)'
 grep -q '  (differs)' /tmp/qibosl-cli.$$.out && { echo "FAIL demo: a text round trip differs"; fail=1; }
+expect out "demo: no remote server" '^no remote settings: the installation names no server'
 expect out "demo: journal header" 'first line of journal.log: \[LOG 1 00 [0-9]\{14\} '
 [ "$(grep -c '  journal_[0-9_]*\.bak  ' /tmp/qibosl-cli.$$.out)" -eq 3 ] || { echo "FAIL demo: purgecount 3"; fail=1; }
 expect out "demo: environment section" 'GeneralConfiguration::Init on an unset variable throws the integer 2'
@@ -63,6 +64,23 @@ check usage-no-set 2 "$qibosl" usage "$tmp/a.cat"
 expect err "usage: own usage from the catalog" 'usage CATALOG SET'
 check help 0 "$qibosl" help
 expect out "help: usage texts missing" 'catalog dump FILE'
+for form in "help ini" "ini -help"; do
+    check "$form" 0 "$qibosl" $form
+    expect out "$form: one command's usage" -x 'usage: qibosl ini check FILE .*'
+done
+check help-unknown 2 "$qibosl" help frobnicate
+check verb-missing 2 "$qibosl" ini
+expect err "ini without a verb: its usage" '^usage: qibosl ini check FILE'
+grep -q '^commands:' /tmp/qibosl-cli.$$.err && { echo "FAIL ini without a verb: whole list"; fail=1; }
+# The manual page and the completion are generated beside qibosl: the same commands as its help.
+docs=$(dirname "$qibosl")
+"$qibosl" help | sed -n 's/^\t\([a-z][a-z-]*\)\( .*\)\{0,1\}$/\1/p' | sort -u >"$tmp/help.list"
+sed -n 's/^\.SS //p' "$docs/qibosl.1" | sort >"$tmp/man.list"
+cmp -s "$tmp/help.list" "$tmp/man.list" || { echo "FAIL manual page sections differ from help"; diff "$tmp/help.list" "$tmp/man.list"; fail=1; }
+completed=$(bash -c 'source "$1"
+    complete() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qibosl; echo "${COMPREPLY[*]}"; }
+    complete qibosl in; complete qibosl ini ""; complete qibosl convert -f' _ "$docs/qibosl.bash-completion")
+[ "$completed" = $'ini\ncheck get set dump\n-from=' ] || { echo "FAIL completion: $completed"; fail=1; }
 rm -rf "$tmp"
 # env and dirs
 check env-set 0 env QIBOSL_CLI_SET=value "$qibosl" env QIBOSL_CLI_SET
