@@ -349,6 +349,11 @@ void LogFile::retain(const std::string& backup, std::int64_t now) {
     osl::platform::DirectoryReader reader;
     std::error_code ec = reader.open(dir.empty() ? "." : dir);
     for (std::string name; !ec && reader.next(name, ec);) present.push_back(name);
+    if (ec) {  // an unreadable directory: keep the record, delete nothing
+        if (recorded) lock_.setBackups(names);
+        if (!recorded) ownBackups_ = std::move(names);
+        return;
+    }
     std::sort(present.begin(), present.end());
     const std::string stem = std::filesystem::path(settings_.path).stem().string();
     std::vector<std::string> kept;
