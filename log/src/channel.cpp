@@ -2,36 +2,21 @@
 // The channel base with its per-channel filter, and the function channel.
 #include <vum-qib-osl/log/channel.h>
 
-#include <vum-qib-osl/ini/ini.h>
-
-#include <algorithm>
-#include <vector>
-
-namespace {
-
-std::vector<std::string> splitAtCommaBlank(const std::string& text) {
-    std::vector<std::string> parts;
-    std::size_t start = 0;
-    while (true) {
-        std::size_t sep = text.find(", ", start);
-        parts.push_back(text.substr(start, sep - start));
-        if (sep == std::string::npos) break;
-        start = sep + 2;
-    }
-    return parts;
-}
-
-bool contains(const std::vector<std::string>& list, const std::string& item) {
-    return std::find(list.begin(), list.end(), item) != list.end();
-}
-
-}  // namespace
+#include <string_view>
 
 CChannel::~CChannel() = default;
 
-void CChannel::Configure(Ini& ini, const std::string& group) {
-    level_ = StringToSev(ini.GetString(group, "level", "none", nullptr));
-    category_ = ini.GetString(group, "category", "", nullptr);
+void CChannel::SetCategory(std::string category) {
+    category_ = std::move(category);
+    categoryList_.clear();
+    if (category_.find(',') == std::string::npos) return;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t sep = category_.find(", ", start);
+        categoryList_.push_back(category_.substr(start, sep - start));
+        if (sep == std::string::npos) break;
+        start = sep + 2;
+    }
 }
 
 bool CChannel::IsHiger(const CLogMsg& msg) const {
@@ -39,12 +24,15 @@ bool CChannel::IsHiger(const CLogMsg& msg) const {
     const std::string& category = msg.GetCategory();
     if (category.empty() && category_.empty()) return true;
     if (category == category_ || category_ == "*") return true;
-    if (category_.find(',') != std::string::npos) {
-        const std::vector<std::string> list = splitAtCommaBlank(category_);
-        if (contains(list, category.empty() ? std::string("NONE") : category)) return true;
-        if (category_[0] == '*') return !contains(list, "~" + category);
+    if (categoryList_.empty()) return false;
+    const std::string_view wanted = category.empty() ? std::string_view("NONE") : std::string_view(category);
+    bool excluded = false;
+    for (const std::string& entry : categoryList_) {
+        if (entry == wanted) return true;
+        excluded = excluded || (entry.size() == category.size() + 1 && entry[0] == '~' &&
+                                entry.compare(1, std::string::npos, category) == 0);
     }
-    return false;
+    return category_[0] == '*' && !excluded;
 }
 
 CChannelFunc::~CChannelFunc() = default;

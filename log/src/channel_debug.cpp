@@ -1,4 +1,5 @@
 // log/src/channel_debug.cpp
+// The debugger channel: standard error while a debugger is attached.
 #include <vum-qib-osl/log/channel_debug.h>
 
 #include <cstdio>

@@ -1,10 +1,8 @@
 // log/src/channel_file.cpp
-// The common and private file channels: settings and filtering; log_file.cpp does the writing.
+// The common and private file channels: settings and filtering; log_file.cpp does the writing,
+// log/config/channel_config.cpp the reading of their keys.
 #include <vum-qib-osl/log/channel_file.h>
 
-#include <vum-qib-osl/ini/ini.h>
-
-#include <cstdio>
 #include <filesystem>
 
 #include "log/src/log_file.h"
@@ -15,32 +13,7 @@ CChannelCommonFile::CChannelCommonFile() : path_("run.log") {}
 CChannelCommonFile::CChannelCommonFile(const std::string& fileName, LogSeverity level, std::string category)
     : CChannel(level, std::move(category)), path_(fileName) {}
 
-CChannelCommonFile::CChannelCommonFile(Ini& ini, const std::string& group) : path_("run.log") {
-    CChannelCommonFile::Configure(ini, group);
-}
-
 CChannelCommonFile::~CChannelCommonFile() = default;
-
-namespace {
-
-std::uint32_t number(Ini& ini, const std::string& group, const char* key) {
-    const std::string text = ini.GetString(group, key, "", nullptr);
-    unsigned long value = 0;
-    if (text.empty() || std::sscanf(text.c_str(), "%lu", &value) != 1) return 0;
-    return static_cast<std::uint32_t>(value);
-}
-
-}  // namespace
-
-void CChannelCommonFile::Configure(Ini& ini, const std::string& group) {
-    path_ = ini.GetString(group, "path", "run.log", nullptr);
-    CChannel::Configure(ini, group);
-    period_ = number(ini, group, "period");
-    maxsize_ = number(ini, group, "maxsize");
-    purgeCount_ = number(ini, group, "purgecount");
-    purgeAge_ = number(ini, group, "purgeage");
-    Reset();
-}
 
 void CChannelCommonFile::SetPath(const std::string& path) {
     path_ = path;
@@ -70,7 +43,9 @@ void CChannelCommonFile::SetPurgeAge(std::uint32_t days) {
 }
 
 void CChannelCommonFile::Write(CLogMsg& msg) {
-    if (!IsHiger(msg)) return;
+    if (!IsHiger(msg) || path_.empty()) return;
+    // A forked child writes a private file of its own, named after its process id.
+    if (file_ && !Shared() && file_->owner() != osl::platform::currentProcessId()) file_.reset();
     if (!file_) {
         osl::detail::LogFileSettings settings;
         settings.path = FileName();
@@ -88,8 +63,6 @@ CChannelPrivateFile::CChannelPrivateFile() = default;
 
 CChannelPrivateFile::CChannelPrivateFile(const std::string& fileName, LogSeverity level, std::string category)
     : CChannelCommonFile(fileName, level, std::move(category)) {}
-
-CChannelPrivateFile::CChannelPrivateFile(Ini& ini, const std::string& group) : CChannelCommonFile(ini, group) {}
 
 CChannelPrivateFile::~CChannelPrivateFile() = default;
 

@@ -1,4 +1,5 @@
 // log/src/channel_syslog.cpp
+// The system event channel on the system log; severities map to its priorities.
 #include <vum-qib-osl/log/channel_syslog.h>
 
 #include "platform/system_log.h"
@@ -13,23 +14,13 @@ CChannelSyslog::CChannelSyslog(LogSeverity level, std::string category) : CChann
     Open();
 }
 
-CChannelSyslog::CChannelSyslog(Ini& ini, const std::string& group) { CChannelSyslog::Configure(ini, group); }
-
-void CChannelSyslog::Configure(Ini& ini, const std::string& group) {
-    CChannel::Configure(ini, group);
-    Open();
-}
-
 // The source stays open when the channel goes: other channels may still use it.
 CChannelSyslog::~CChannelSyslog() = default;
 
-void CChannelSyslog::Open() {
-    osl::platform::openSystemLog(kEventSource);
-    opened_ = true;
-}
+void CChannelSyslog::Open() { osl::platform::openSystemLog(kEventSource); }
 
 void CChannelSyslog::Write(CLogMsg& msg) {
-    if (!opened_ || !IsHiger(msg)) return;
+    if (!IsHiger(msg)) return;
     osl::platform::SystemLogLevel level;
     switch (msg.GetSevirity()) {
         case SevInfo:

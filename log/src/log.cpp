@@ -1,17 +1,59 @@
 // log/src/log.cpp
-// The logger singleton: channels, summaries and serialised output.
+// The logger singleton: channels, summaries and serialised output. Reading the configuration from
+// an INI file is log/config/log_config.cpp's: this core needs nothing above misc/ and platform/.
 #include <vum-qib-osl/log/log.h>
 
-#include <vum-qib-osl/log/channel_debug.h>
-#include <vum-qib-osl/log/channel_file.h>
-#include <vum-qib-osl/log/channel_snmp.h>
-#include <vum-qib-osl/log/channel_syslog.h>
-#include <vum-qib-osl/misc/qib_error.h>
 #include <vum-qib-osl/misc/versions.h>
 
-#include <cctype>
 #include <climits>
 #include <iostream>
+#include <new>
+
+#include "log/src/log_locks.h"
+#include "platform/fork_handlers.h"
+
+namespace osl::detail {
+namespace {
+
+struct Locks {
+    std::recursive_mutex output;  // guards the channels' output
+    std::mutex rotation;          // guards the rotation of file channels
+};
+
+Locks* forkLocks = nullptr;
+
+void lockBeforeFork() {
+    forkLocks->output.lock();
+    forkLocks->rotation.lock();
+}
+
+void unlockInParent() {
+    forkLocks->rotation.unlock();
+    forkLocks->output.unlock();
+}
+
+// The child's only thread is not the owner that the mutexes recorded in the parent: they are
+// made anew, unlocked, instead of unlocked.
+void renewInChild() {
+    new (&forkLocks->rotation) std::mutex;
+    new (&forkLocks->output) std::recursive_mutex;
+}
+
+Locks& locks() {
+    static Locks* made = [] {
+        forkLocks = new Locks;
+        osl::platform::registerForkHandlers(lockBeforeFork, unlockInParent, renewInChild);
+        return forkLocks;
+    }();
+    return *made;
+}
+
+}  // namespace
+
+std::recursive_mutex& outputMutex() { return locks().output; }
+std::mutex& rotationMutex() { return locks().rotation; }
+
+}  // namespace osl::detail
 
 CLog* CLog::instance_ = nullptr;
 
@@ -27,8 +69,6 @@ CLog::CLog() {
     SetProcessName("");
     Init();
 }
-
-CLog::CLog(const std::string& iniFile, const std::string& processName) : CLog() { Load(iniFile, processName); }
 
 CLog::~CLog() {
     DeleteChannels();
@@ -49,136 +89,6 @@ void CLog::Init() {
 void CLog::SetProcessName(const std::string& name) {
     processName_ = name;
     paddedProcessName_ = (name + std::string(10, ' ')).substr(0, 10);
-}
-
-namespace {
-
-bool sameIgnoringCase(const std::string& a, const char* b) {
-    std::size_t i = 0;
-    for (; i < a.size() && b[i] != '\0'; ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i]))) {
-            return false;
-        }
-    }
-    return i == a.size() && b[i] == '\0';
-}
-
-// The names of "channels": separated by runs of blanks and commas.
-std::vector<std::string> channelNames(const std::string& list) {
-    std::vector<std::string> names;
-    std::size_t i = 0;
-    while (i < list.size()) {
-        i = list.find_first_not_of(" ,", i);
-        if (i == std::string::npos) break;
-        std::size_t end = list.find_first_of(" ,", i);
-        if (end == std::string::npos) end = list.size();
-        names.push_back(list.substr(i, end - i));
-        i = end;
-    }
-    return names;
-}
-
-CChannel* makeChannel(Ini& ini, const std::string& name) {
-    const std::string type = ini.GetString(name, "type", "ValNone", nullptr);
-    if (sameIgnoringCase(type, "text-file")) return new CChannelCommonFile(ini, name);
-    if (sameIgnoringCase(type, "system")) return new CChannelSyslog(ini, name);
-    if (sameIgnoringCase(type, "private-file")) return new CChannelPrivateFile(ini, name);
-    if (sameIgnoringCase(type, "debug")) return new CChannelDebug(ini, name);
-    if (sameIgnoringCase(type, "snmp")) return new CChannelSnmp(ini, name);
-    return nullptr;
-}
-
-}  // namespace
-
-bool CLog::Load(const std::string& iniFile, const std::string& processName) {
-    iniFile_ = iniFile;
-    if (!LoadTheIni(ini_)) {
-        DeleteChannels();
-        Init();
-        return false;
-    }
-    return Load(processName);
-}
-
-bool CLog::Load(Ini& ini, const std::string& processName) {
-    ini_ = ini;
-    return Load(processName);
-}
-
-bool CLog::LoadTheIni(Ini& ini) {
-    try {
-        ini.Load(iniFile_, true);
-        return true;
-    } catch (const QIBError& e) {
-        std::cerr << iniFile_ << ":" << Ini::ExceptionNumberToString(static_cast<int>(e.Code())) << std::endl;
-    } catch (...) {  // deliberate: any other failure only means the configuration is not there
-    }
-    return false;
-}
-
-bool CLog::Load(const std::string& processName) {
-    DeleteChannels();
-    SetProcessName(processName);
-    group_ = ini_.isGroupExist(processName) ? processName : std::string("logging");
-    if (!ini_.GetString(group_, "screen-level", "", nullptr).empty()) {
-        SetFunctionChannel(Log2clog, SevNone, std::string(), true);
-    }
-    bool found = false;
-    const std::string list = ini_.GetString(group_, "channels", "ValNone", &found);
-    if (!found) {
-        InitOptimisationVariable();
-        return true;
-    }
-    for (const std::string& name : channelNames(list)) {
-        if (CChannel* channel = makeChannel(ini_, name)) channels_.push_back(channel);
-    }
-    InitOptimisationVariable();
-    return true;
-}
-
-void CLog::SetFunctionChannel(void (*fn)(const char*), LogSeverity sev, std::string category, bool fromIni) {
-    if (fromIni && !group_.empty()) {
-        sev = StringToSev(ini_.GetString(group_, "screen-level", "", nullptr));
-        category = ini_.GetString(group_, "screen-category", "", nullptr);
-    }
-    if (functionChannel_ == nullptr) {
-        functionChannel_ = new CChannelFunc;
-        channels_.push_back(functionChannel_);
-    }
-    auto* channel = static_cast<CChannelFunc*>(functionChannel_);
-    channel->SetFunction(fn);
-    channel->SetSeverity(sev);
-    channel->SetCategory(category);
-    InitOptimisationVariable();
-}
-
-void CLog::SetFunctionChannel(void (*fn)(const char*), LogSeverity sev, bool fromIni) {
-    SetFunctionChannel(fn, sev, std::string(), fromIni);
-}
-
-void CLog::SetFileChannel(std::string& fileName, LogSeverity sev, std::string category, bool fromIni) {
-    if (fromIni && !group_.empty()) {
-        bool found = false;
-        std::string level = ini_.GetString(group_, "file-level", "", &found);
-        if (found) sev = StringToSev(level);
-        std::string fileCategory = ini_.GetString(group_, "file-category", "", &found);
-        if (found) category = fileCategory;
-    }
-    auto* channel = static_cast<CChannelCommonFile*>(fileChannel_);
-    if (channel == nullptr) {
-        channel = new CChannelCommonFile(fileName, sev, category);
-        fileChannel_ = channel;
-        channels_.push_back(channel);
-    } else if (channel->GetPath() != fileName) {
-        channel->SetPath(fileName);
-    }
-    channel->SetSeverity(sev);
-    channel->SetCategory(category);
-    InitOptimisationVariable();
-}
-
-void CLog::SetFileChannel(std::string& fileName, LogSeverity sev, bool fromIni) {
-    SetFileChannel(fileName, sev, std::string(), fromIni);
 }
 
 void CLog::PrintVersions(QibVr_Versions& versions, const std::string& app) {
@@ -241,7 +151,7 @@ bool CLog::IsEnable(const CLogMsg& msg) const {
 }
 
 void CLog::Log(CLogMsg& msg) {
-    std::lock_guard<std::recursive_mutex> guard(lock_);
+    std::lock_guard<std::recursive_mutex> guard(osl::detail::outputMutex());
     for (CChannel* channel : channels_) {
         try {
             channel->Write(msg);

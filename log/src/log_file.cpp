@@ -2,23 +2,29 @@
 // Several processes append to one log file and rotate it. The rules that keep every line:
 // - a line is one write(2) to a file opened with O_APPEND, so lines never tear or interleave;
 // - a file under the log path always starts with its header: a new file is written complete
-//   under a temporary name and renamed into place;
+//   under a temporary name and linked into place;
 // - rotation gives the current file a second name (the backup) with link(2), which never
 //   replaces an existing backup, then renames the new file over the log path: the path always
 //   names a complete file, and a writer still holding the old file writes into the backup;
 // - rotation and creation run under an exclusive flock(2) on "<path>.lock"; the decision is
 //   taken again under the lock on the file then current, so one crossing rotates once;
-// - the lock file also holds a shared record (generation, identity and size of the current
-//   file), so the file stays open between lines and a writer learns of another process's
-//   rotation from one memory load; once a second it also checks the path itself, for files
-//   removed or moved by other programs.
+// - the lock file's record holds a generation that every rotation raises, so the file stays open
+//   between lines. A system call costs as much as the write of a line, so the record is read at
+//   most once a millisecond; a rotation in this process is seen at the next line through a
+//   counter in memory. Until then a line lands in the backup, which is still one file of the
+//   log. Once a second a writer also checks the path itself, for files removed or moved by other
+//   programs, and the size that others appended;
+// - when the lock file cannot be had, or a rotation or a reopening fails, the line still goes
+//   into the file open (or the one under the path), and the failure is tried again later.
 #include "log/src/log_file.h"
 
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include "log/src/log_locks.h"
 #include "platform/process.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -30,15 +36,14 @@ namespace {
 constexpr char kWhere[] = "log\\src\\channel";
 constexpr std::size_t kRecordLength = 81;
 constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr std::int64_t kRetrySeconds = 10;
+constexpr std::int64_t kGenerationCheckMicros = 1000;
+
+// Rotations made by any file channel of this process.
+std::atomic<std::uint64_t> localRotations{0};
 
 [[noreturn]] void throwFileError(const std::string& what, const std::string& path, std::error_code ec, long line) {
     throw QIBError("Log file: " + what + " " + path + ": " + ec.message(), ec.value(), 8, kWhere, line);
-}
-
-// Rotation and creation of every file channel in the process; the flock serialises processes.
-std::mutex& rotationMutex() {
-    static std::mutex* mutex = new std::mutex;
-    return *mutex;
 }
 
 std::int64_t seconds(const osl::platform::LocalTime& t) {
@@ -57,37 +62,33 @@ bool backupTime(const std::string& name, const std::string& stem, osl::platform:
                        &t.second, &t.micros) == 7;
 }
 
+std::string inDirectoryOf(const std::string& path, const std::string& name) {
+    return (std::filesystem::path(path).parent_path() / name).string();
+}
+
 }  // namespace
 
-// The in-process mutex and, for a shared file, the lock file's flock.
+// The in-process mutex and, for a shared file whose lock file could be opened, its flock.
 class LogFile::Guard {
 public:
     explicit Guard(LogFile& file) : file_(file), lock_(rotationMutex()) {
-        if (!file_.settings_.shared) return;
-        // A flock belongs to the open file, which a child shares with its parent after fork:
-        // the child opens the lock file anew, or the two would not exclude each other.
-        const int pid = osl::platform::currentProcessId();
-        if (file_.shared_.isOpen() && file_.sharedOwner_ != pid) file_.shared_.close();
-        if (!file_.shared_.isOpen()) {
-            if (std::error_code ec = file_.shared_.open(file_.lockPath_)) {
-                throwFileError("cannot open the lock file", file_.lockPath_, ec, __LINE__);
-            }
-            file_.sharedOwner_ = pid;
-        }
-        if (std::error_code ec = file_.shared_.lock()) throwFileError("cannot lock", file_.lockPath_, ec, __LINE__);
+        locked_ = file_.lockUsable() && !file_.lock_.lock();
     }
     ~Guard() {
-        if (file_.settings_.shared) file_.shared_.unlock();
+        if (locked_) file_.lock_.unlock();
     }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
+    bool locked() const { return locked_; }
 
 private:
     LogFile& file_;
     std::lock_guard<std::mutex> lock_;
+    bool locked_ = false;
 };
 
-LogFile::LogFile(LogFileSettings settings) : settings_(std::move(settings)), lockPath_(settings_.path + ".lock") {}
+LogFile::LogFile(LogFileSettings settings)
+    : settings_(std::move(settings)), lockPath_(settings_.path + ".lock"), owner_(osl::platform::currentProcessId()) {}
 
 std::string LogFile::headerRecord(const osl::platform::LocalTime& t) {
     char record[kRecordLength + 64];
@@ -114,75 +115,93 @@ bool LogFile::parseHeader(const char* first80, std::int64_t& created) {
 }
 
 std::string LogFile::backupName(const std::string& path, const osl::platform::LocalTime& t) {
-    const std::filesystem::path p(path);
     char name[64];
     std::snprintf(name, sizeof name, "_%d_%02d_%02d_%02d_%02d_%02d_%06d", t.year, t.month, t.day, t.hour, t.minute,
                   t.second, t.micros);
-    return (p.parent_path() / (p.stem().string() + name + ".bak")).string();
+    return inDirectoryOf(path, std::filesystem::path(path).stem().string() + name + ".bak");
 }
 
-std::vector<std::string> LogFile::backups(const std::string& path) {
-    const std::filesystem::path p(path);
-    const std::filesystem::path dir = p.parent_path().empty() ? std::filesystem::path(".") : p.parent_path();
-    const std::string stem = p.stem().string();
-    std::vector<std::string> names;
-    std::error_code ec;
-    for (std::filesystem::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
-        osl::platform::LocalTime t;
-        std::string name = it->path().filename().string();
-        if (backupTime(name, stem, t)) names.push_back(name);
+void LogFile::report(Problem problem, const std::string& text) {
+    if (reported_ & problem) return;
+    reported_ |= problem;
+    std::fprintf(stderr, "vum-qib-osl: log file %s: %s\n", settings_.path.c_str(), text.c_str());
+}
+
+// A flock taken through a descriptor inherited over fork would not exclude the parent: the lock
+// file counts only in the process that opened it.
+bool LogFile::lockUsable() const { return lock_.isOpen() && lockOwner_ == osl::platform::currentProcessId(); }
+
+void LogFile::tryLock(std::int64_t now) {
+    if (!settings_.shared || lockUsable() || now < lockRetryAt_) return;
+    osl::platform::FileInfo logFile = identity_;
+    if (!logFile.exists) osl::platform::statFile(settings_.path, logFile);
+    if (std::error_code ec = lock_.open(lockPath_, logFile)) {
+        lockRetryAt_ = now + kRetrySeconds;
+        report(kNoLock, "cannot open " + lockPath_ + " (" + ec.message() +
+                            "): lines are appended without rotation until it can");
+        return;
     }
-    // Zero-padded fields (years of four digits) sort by time.
-    std::sort(names.begin(), names.end());
-    for (std::string& name : names) name = (p.parent_path() / name).string();
-    return names;
+    lockOwner_ = osl::platform::currentProcessId();
+    if ((reported_ & kNoLock) && lock_.writable()) reported_ &= ~kNoLock;
+    if (!lock_.writable()) report(kNoLock, "cannot write " + lockPath_ + ": other writers see its rotations late");
 }
-
-std::uint64_t LogFile::knownSize() const { return settings_.shared ? shared_.size() : localSize_; }
 
 void LogFile::writeLine(const char* text, std::size_t size) {
     const osl::platform::WallTime now = osl::platform::clock().now();
+    tryLock(now.seconds);
+    const std::int64_t micros = now.seconds * 1000000 + now.micros;
+    const std::uint64_t rotations = localRotations.load(std::memory_order_acquire);
+    bool recheck = false;
+    if (rotations != seenRotations_ || micros >= nextGenerationCheck_ || micros < lastGenerationCheck_) {
+        seenRotations_ = rotations;
+        lastGenerationCheck_ = micros;
+        nextGenerationCheck_ = micros + kGenerationCheckMicros;
+        recheck = lockUsable() && lock_.generation() != generation_;
+    }
     bool created = false;  // a file that did not exist is not rotated before its first line
-    if (!file_.isOpen() || (settings_.shared && shared_.generation() != generation_)) {
+    if (!file_.isOpen() || recheck) {
         Guard guard(*this);
-        created = openLocked(now);
-    } else if (now.seconds >= nextIdentityCheck_) {
+        created = reopen(now);
+    } else if (now.seconds >= nextCheck_) {
         osl::platform::FileInfo current;
         std::error_code ec = osl::platform::statFile(settings_.path, current);
-        nextIdentityCheck_ = now.seconds + 1;
+        nextCheck_ = now.seconds + 1;
         if (ec || !current.sameFile(identity_)) {
             Guard guard(*this);
-            created = openLocked(now);
-        } else if (settings_.shared) {
-            shared_.raiseSize(current.size);  // counts what other programs appended too
-        } else if (current.size > localSize_) {
-            localSize_ = current.size;
+            created = reopen(now);
+        } else if (current.size > size_) {
+            size_ = current.size;  // counts what other processes appended too
+        }
+        if (lockUsable() && !lock_.isAt(lockPath_)) {
+            // Removed or replaced: processes that open it from now on must be excluded too.
+            lockOwner_ = 0;
+            lockRetryAt_ = 0;
+            tryLock(now.seconds);
         }
     }
-    if (!created && due(now)) rotate(now);
+    if (!created && now.seconds >= rotateRetryAt_ && due(now.seconds)) rotate(now);
     // One write(2) per line: appends of several processes then never interleave.
     buffer_.assign(text, size);
     buffer_.append("\r\n", 2);
     if (std::error_code ec = file_.append(buffer_.data(), buffer_.size())) {
         throwFileError("cannot write", settings_.path, ec, __LINE__);
     }
-    if (settings_.shared) {
-        shared_.addSize(buffer_.size());
-    } else {
-        localSize_ += buffer_.size();
-    }
+    size_ += buffer_.size();
 }
 
-bool LogFile::due(osl::platform::WallTime now) const {
-    if (settings_.maxsize != 0 && knownSize() > settings_.maxsize) return true;
+bool LogFile::due(std::int64_t now) const {
+    if (settings_.maxsize != 0 && size_ > settings_.maxsize) return true;
     return settings_.period != 0 && createdKnown_ &&
-           (now.seconds - created_) / kSecondsPerDay >= static_cast<std::int64_t>(settings_.period);
+           (now - created_) / kSecondsPerDay >= static_cast<std::int64_t>(settings_.period);
 }
 
-void LogFile::createLocked(osl::platform::WallTime now) {
-    // Complete under a temporary name first: no writer ever sees the file without its header.
-    const std::string fresh = settings_.path + ".new";
-    if (std::error_code ec = osl::platform::writeNewFile(fresh, headerRecord(osl::platform::toLocal(now)))) {
+void LogFile::create(osl::platform::WallTime now) {
+    // Complete under a temporary name first: no writer ever sees the file without its header. The
+    // name carries the process id: without the lock file, other processes may create at once.
+    const std::string fresh = settings_.path + ".new" + std::to_string(osl::platform::currentProcessId());
+    osl::platform::removeFile(fresh);
+    if (std::error_code ec =
+            osl::platform::writeNewFile(fresh, headerRecord(osl::platform::toLocal(now)), identity_)) {
         throwFileError("cannot create", fresh, ec, __LINE__);
     }
     std::error_code ec = osl::platform::linkFile(fresh, settings_.path);
@@ -191,24 +210,43 @@ void LogFile::createLocked(osl::platform::WallTime now) {
     if (ec && ec != std::errc::file_exists) throwFileError("cannot create", settings_.path, ec, __LINE__);
 }
 
-bool LogFile::openLocked(osl::platform::WallTime now) {
-    file_.close();
-    createdKnown_ = false;
-    if (settings_.shared) generation_ = shared_.generation();
+bool LogFile::reopen(osl::platform::WallTime now) {
+    nextCheck_ = now.seconds + 1;
+    const std::uint64_t generation = lockUsable() ? lock_.generation() : generation_;
+    osl::platform::AppendFile fresh;
     bool created = false;
-    std::error_code ec = file_.open(settings_.path, false);
+    std::error_code ec = fresh.open(settings_.path);
     if (ec == std::errc::no_such_file_or_directory) {
-        createLocked(now);
-        created = true;
-        ec = file_.open(settings_.path, false);
+        try {
+            create(now);
+            created = true;
+            ec = fresh.open(settings_.path);
+        } catch (const QIBError&) {
+            if (!file_.isOpen()) throw;
+            report(kNoReopen, "cannot create it again: lines go to the file open before");
+            return false;
+        }
     }
-    if (ec) throwFileError("cannot open", settings_.path, ec, __LINE__);
-    if ((ec = file_.info(identity_))) throwFileError("cannot read the status of", settings_.path, ec, __LINE__);
-    nextIdentityCheck_ = now.seconds + 1;
+    if (ec) {
+        // The file open before stays in use: its lines are kept, only in another file.
+        if (!file_.isOpen()) throwFileError("cannot open", settings_.path, ec, __LINE__);
+        report(kNoReopen, "cannot open it again (" + ec.message() + "): lines go to the file open before");
+        return false;
+    }
+    osl::platform::FileInfo info;
+    if ((ec = fresh.info(info))) throwFileError("cannot read the status of", settings_.path, ec, __LINE__);
+    file_.swap(fresh);
+    identity_ = info;
+    generation_ = generation;
+    createdKnown_ = false;
 
     char first[80];
     std::size_t got = 0;
-    if ((ec = file_.readAt(first, sizeof first, 0, got))) throwFileError("cannot read", settings_.path, ec, __LINE__);
+    if ((ec = file_.readAt(first, sizeof first, 0, got)) == std::errc::bad_file_descriptor) {
+        got = sizeof first + 1;  // opened write-only: the creation time stays unknown
+    } else if (ec) {
+        throwFileError("cannot read", settings_.path, ec, __LINE__);
+    }
     if (got == 0) {
         const std::string header = headerRecord(osl::platform::toLocal(now));
         if ((ec = file_.append(header.data(), header.size()))) {
@@ -220,22 +258,41 @@ bool LogFile::openLocked(osl::platform::WallTime now) {
     } else if (got == sizeof first) {
         createdKnown_ = parseHeader(first, created_);
     }
-    if (settings_.shared) {
-        shared_.setCounted(identity_);
-    } else {
-        localSize_ = identity_.size;
-    }
+    size_ = identity_.size;
     return created;
 }
 
 void LogFile::rotate(osl::platform::WallTime now) {
     Guard guard(*this);
+    // Without the lock file two processes could rotate one crossing twice: then the file grows.
+    if (settings_.shared && !guard.locked()) {
+        rotateRetryAt_ = now.seconds + kRetrySeconds;
+        return;
+    }
     // Decide again on the file now under the path: another process may have rotated it already.
-    if (openLocked(now) || !due(now)) return;
+    if (reopen(now) || !due(now.seconds)) return;
+    bool linked = true;
+    std::string backup;
+    try {
+        backup = linkBackup(now, linked);
+    } catch (const QIBError& e) {
+        rotateRetryAt_ = now.seconds + kRetrySeconds;
+        report(kNoRotation, "cannot rotate (" + e.What() + "): lines go on into the file");
+        return;
+    }
+    reported_ &= ~kNoRotation;
+    if (guard.locked()) lock_.bumpGeneration();
+    localRotations.fetch_add(1, std::memory_order_acq_rel);
+    reopen(now);
+    retain(backup, now.seconds);
+}
 
-    const std::string fresh = settings_.path + ".new";
-    const osl::platform::LocalTime local = osl::platform::toLocal(now);
-    if (std::error_code ec = osl::platform::writeNewFile(fresh, headerRecord(local))) {
+// Gives the file its backup name and puts a new one under the path; throws when it cannot, with
+// everything as it was.
+std::string LogFile::linkBackup(osl::platform::WallTime now, bool& linked) {
+    const std::string fresh = settings_.path + ".new" + std::to_string(osl::platform::currentProcessId());
+    osl::platform::removeFile(fresh);
+    if (std::error_code ec = osl::platform::writeNewFile(fresh, headerRecord(osl::platform::toLocal(now)), identity_)) {
         throwFileError("cannot create", fresh, ec, __LINE__);
     }
     // A backup name already taken (two rotations within one microsecond, or a clock set back)
@@ -243,7 +300,6 @@ void LogFile::rotate(osl::platform::WallTime now) {
     osl::platform::WallTime stamp = now;
     std::error_code ec;
     std::string backup;
-    bool linked = true;
     for (int attempt = 0; attempt < 1000; ++attempt) {
         backup = backupName(settings_.path, osl::platform::toLocal(stamp));
         ec = osl::platform::linkFile(settings_.path, backup);
@@ -278,26 +334,53 @@ void LogFile::rotate(osl::platform::WallTime now) {
         osl::platform::removeFile(fresh);
         throwFileError("cannot create", settings_.path, ec, __LINE__);
     }
-    if (settings_.shared) shared_.bumpGeneration();
-    openLocked(now);
-    if (settings_.purgeCount != 0 || settings_.purgeAge != 0) purgeLocked(now);
+    return backup;
 }
 
-void LogFile::purgeLocked(osl::platform::WallTime now) {
-    const std::vector<std::string> names = backups(settings_.path);
+// Retention deletes only backups that rotations of this log made, as recorded in its lock file
+// (in memory for a private file): "app.log" and "app.txt" in one directory both back up to
+// "app_*.bak", and neither may delete the other's.
+void LogFile::retain(const std::string& backup, std::int64_t now) {
+    const bool recorded = settings_.shared && lockUsable() && lock_.writable();
+    std::vector<std::string> names = recorded ? lock_.backups() : ownBackups_;
+    names.push_back(std::filesystem::path(backup).filename().string());
+    std::vector<std::string> present;
+    const std::string dir = std::filesystem::path(settings_.path).parent_path().string();
+    osl::platform::DirectoryReader reader;
+    std::error_code ec = reader.open(dir.empty() ? "." : dir);
+    for (std::string name; !ec && reader.next(name, ec);) present.push_back(name);
+    if (ec) {  // an unreadable directory: keep the record, delete nothing
+        if (recorded) lock_.setBackups(names);
+        if (!recorded) ownBackups_ = std::move(names);
+        return;
+    }
+    std::sort(present.begin(), present.end());
     const std::string stem = std::filesystem::path(settings_.path).stem().string();
-    std::size_t excess = settings_.purgeCount != 0 && names.size() > settings_.purgeCount
-                             ? names.size() - settings_.purgeCount
-                             : 0;
-    for (std::size_t i = 0; i < names.size(); ++i) {
+    std::vector<std::string> kept;
+    for (const std::string& name : names) {
+        osl::platform::LocalTime t;
+        if (backupTime(name, stem, t) && std::binary_search(present.begin(), present.end(), name)) kept.push_back(name);
+    }
+    std::sort(kept.begin(), kept.end());  // zero-padded fields sort by time
+    kept.erase(std::unique(kept.begin(), kept.end()), kept.end());
+    const std::size_t excess =
+        settings_.purgeCount != 0 && kept.size() > settings_.purgeCount ? kept.size() - settings_.purgeCount : 0;
+    std::vector<std::string> remaining;
+    for (std::size_t i = 0; i < kept.size(); ++i) {
         bool expired = false;
         if (settings_.purgeAge != 0) {
             osl::platform::LocalTime t;
-            backupTime(std::filesystem::path(names[i]).filename().string(), stem, t);
-            std::int64_t at = seconds(t);
-            expired = at != -1 && (now.seconds - at) / kSecondsPerDay >= static_cast<std::int64_t>(settings_.purgeAge);
+            backupTime(kept[i], stem, t);
+            const std::int64_t at = seconds(t);
+            expired = at != -1 && (now - at) / kSecondsPerDay >= static_cast<std::int64_t>(settings_.purgeAge);
         }
-        if (i < excess || expired) osl::platform::removeFile(names[i]);
+        if ((i < excess || expired) && !osl::platform::removeFile(inDirectoryOf(settings_.path, kept[i]))) continue;
+        remaining.push_back(kept[i]);
+    }
+    if (recorded) {
+        lock_.setBackups(remaining);
+    } else {
+        ownBackups_ = std::move(remaining);
     }
 }
 

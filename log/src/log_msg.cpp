@@ -153,6 +153,7 @@ CLogMsg& CLogMsg::operator<<(const QIBError& error) {
 OSL_INSERT(char)
 OSL_INSERT(float)
 OSL_INSERT(double)
+OSL_INSERT(bool)
 OSL_INSERT(const void*)
 #undef OSL_INSERT
 

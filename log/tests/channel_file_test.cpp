@@ -1,4 +1,6 @@
 // log/tests/channel_file_test.cpp
+// The common and private file channels: header, rotation by size and age, files changed by
+// other programs, backup names and retention.
 #include <vum-qib-osl/log/channel_file.h>
 
 #include <vum-qib-osl/misc/qib_error.h>
@@ -7,9 +9,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "log/src/log_file.h"
@@ -23,7 +23,7 @@ namespace {
 using osl::detail::LogFile;
 using osl::test::readFile;
 using osl::test::writeFile;
-using osl::test::capturedLines;
+using osl::test::backupsOf;
 
 const std::string kHeader5March = "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n";
 
@@ -59,7 +59,7 @@ protected:
     std::string path_;
 };
 
-TEST(LogFileFormatTest, HeaderRecordAndItsReading) {
+TEST(LogFileFormatTest, HeaderRecordItsReadingAndBackupNames) {
     osl::test::ScopedTimeZone tz("UTC");
     osl::platform::LocalTime t{2024, 3, 5, 14, 7, 9, 123};
     const std::string header = LogFile::headerRecord(t);
@@ -72,45 +72,26 @@ TEST(LogFileFormatTest, HeaderRecordAndItsReading) {
         std::string text = std::string(bad) + std::string(80, ' ');
         EXPECT_FALSE(LogFile::parseHeader(text.c_str(), created));
     }
-}
-
-TEST(LogFileFormatTest, BackupNamesCarryMicroseconds) {
-    osl::platform::LocalTime t{2024, 3, 5, 14, 7, 9, 123};
     EXPECT_EQ(LogFile::backupName("run", t), "run_2024_03_05_14_07_09_000123.bak");
 }
 
-TEST_F(FileChannelTest, NewFileStartsWithHeaderAndLinesEndInCrLf) {
+// A new file, and an empty one that exists, start with the header.
+TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+    writeFile(dir_.file("empty.log"), "");
     addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    addChannel(new CChannelCommonFile(dir_.file("empty.log"), SevInfo, ""));
     line("first");
     line("second");
-    const std::string content = readFile(path_);
-    ASSERT_EQ(content.substr(0, 83), kHeader5March);
-    const std::vector<std::string> all = lines(path_);
-    ASSERT_EQ(all.size(), 3u);
-    EXPECT_EQ(all[1].substr(0, 12), "A filetest  ");
-    EXPECT_EQ(body(all[1]), "first");
-    EXPECT_EQ(body(all[2]), "second");
-    EXPECT_EQ(content.substr(content.size() - 2), "\r\n");
-}
-
-TEST_F(FileChannelTest, FilterOfTheChannelApplies) {
-    addChannel(new CChannelCommonFile(path_, SevWarning, "db"));
-    OslLogPrint(SevInfo, "db", "t", "too low");
-    OslLogPrint(SevError, "net", "t", "other category");
-    OslLogPrint(SevError, "db", "t", "taken");
-    const std::vector<std::string> all = lines(path_);
-    ASSERT_EQ(all.size(), 2u);
-    EXPECT_EQ(body(all[1]), "taken");
-}
-
-TEST_F(FileChannelTest, EmptyExistingFileReceivesTheHeaderFirst) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    writeFile(path_, "");
-    addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    line("first");
-    EXPECT_EQ(readFile(path_).substr(0, 83), kHeader5March);
-    EXPECT_EQ(lines(path_).size(), 2u);
+    for (const std::string& file : {path_, dir_.file("empty.log")}) {
+        const std::string content = readFile(file);
+        ASSERT_EQ(content.substr(0, 83), kHeader5March);
+        const std::vector<std::string> all = lines(file);
+        ASSERT_EQ(all.size(), 3u);
+        EXPECT_EQ(all[1].substr(0, 12), "A filetest  ");
+        EXPECT_EQ(body(all[1]), "first");
+        EXPECT_EQ(body(all[2]), "second");
+    }
 }
 
 TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
@@ -120,11 +101,11 @@ TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
     int n = 0;
     while (n == 0 || std::filesystem::file_size(path_) <= 1000) {
         line("line " + std::to_string(n++));
-        ASSERT_TRUE(LogFile::backups(path_).empty());
+        ASSERT_TRUE(backupsOf(path_).empty());
     }
     const std::string full = readFile(path_);
     line("after");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_05_14_07_09_000123.bak"));
     EXPECT_EQ(readFile(backups[0]), full);
@@ -141,10 +122,10 @@ TEST_F(FileChannelTest, RotatesByAgeAfterWholeDays) {
     line("day one");
     clock.advance(86399);
     line("still day one");
-    EXPECT_TRUE(LogFile::backups(path_).empty());
+    EXPECT_TRUE(backupsOf(path_).empty());
     clock.advance(1);
     line("day two");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_06_14_07_09_000000.bak"));
     EXPECT_EQ(lines(backups[0]).size(), 3u);
@@ -160,10 +141,10 @@ TEST_F(FileChannelTest, FileWithoutHeaderRotatesOnlyBySize) {
     channel->SetPeriod(1);
     clock.advance(10 * 86400);
     line("old file");
-    EXPECT_TRUE(LogFile::backups(path_).empty());
+    EXPECT_TRUE(backupsOf(path_).empty());
     channel->SetMaxSize(100);
     line("now too big");
-    EXPECT_EQ(LogFile::backups(path_).size(), 1u);
+    EXPECT_EQ(backupsOf(path_).size(), 1u);
 }
 
 TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
@@ -174,7 +155,7 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
     rotating->SetMaxSize(10);
     OslLogPrint(SevInfo, "a", "t", "a rotates");
     OslLogPrint(SevInfo, "b", "t", "b after");
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(lines(backups[0]).size(), 2u);
     const std::vector<std::string> now = lines(path_);
@@ -183,28 +164,24 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
     EXPECT_EQ(body(now[2]), "b after");
 }
 
-TEST_F(FileChannelTest, FileRemovedByAnotherProgramIsCreatedAgain) {
+// Within a second the channel sees what other programs did to the file: removed it (created
+// again, with its header), or appended to it (counted towards the size limit).
+TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     line("first");
     std::filesystem::remove(path_);
     clock.advance(2);
     line("second");
-    const std::vector<std::string> now = lines(path_);
+    std::vector<std::string> now = lines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240305140711");
-    EXPECT_EQ(body(now[1]), "second");
-}
-
-TEST_F(FileChannelTest, AppendsOfOtherProgramsCountWithinASecond) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(1000);
-    line("first");
+    line("third");
     std::ofstream(path_, std::ios::app) << std::string(2000, 'x') << "\r\n";
     clock.advance(2);
-    line("second");
-    EXPECT_EQ(LogFile::backups(path_).size(), 1u);
+    line("fourth");
+    EXPECT_EQ(backupsOf(path_).size(), 1u);
     EXPECT_EQ(lines(path_).size(), 2u);
 }
 
@@ -213,36 +190,37 @@ TEST_F(FileChannelTest, BackupNamesNeverCollide) {
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(10);
     for (int i = 0; i < 4; ++i) line("line " + std::to_string(i));
-    const std::vector<std::string> backups = LogFile::backups(path_);
+    const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 3u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_05_14_07_09_999999.bak"));
     EXPECT_EQ(backups[1], dir_.file("run_2024_03_05_14_07_10_000000.bak"));
     EXPECT_EQ(backups[2], dir_.file("run_2024_03_05_14_07_10_000001.bak"));
 }
 
-TEST_F(FileChannelTest, RetentionByCountAndByAge) {
+TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+    // "run.txt" backs up to "run_*.bak" too: its backup must outlive our retention.
+    CChannelCommonFile* other = addChannel(new CChannelCommonFile(dir_.file("run.txt"), SevInfo, "txt"));
+    other->SetMaxSize(10);
+    OslLogPrint(SevInfo, "txt", "t", "first");
+    OslLogPrint(SevInfo, "txt", "t", "rotates");
+    const std::string othersBackup = dir_.file("run_2024_03_05_14_07_09_000000.bak");
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(10);
-    writeFile(dir_.file("run_notes.bak"), "not a backup of ours");
     for (int i = 0; i < 5; ++i) {
-        line("line " + std::to_string(i));
         clock.advance(86400);
+        line("line " + std::to_string(i));
     }
-    EXPECT_EQ(LogFile::backups(path_).size(), 4u);  // backups stay unless asked otherwise
+    EXPECT_EQ(backupsOf(path_).size(), 5u);  // backups stay unless asked otherwise
     channel->SetPurgeCount(2);
     line("purge by count");
-    std::vector<std::string> backups = LogFile::backups(path_);
-    ASSERT_EQ(backups.size(), 2u);
-    EXPECT_EQ(backups[1], dir_.file("run_2024_03_10_14_07_09_000000.bak"));
+    EXPECT_EQ(backupsOf(path_), (std::vector<std::string>{othersBackup, dir_.file("run_2024_03_10_14_07_09_000000.bak"),
+                                                           dir_.file("run_2024_03_10_14_07_09_000001.bak")}));
     channel->SetPurgeCount(0);
     channel->SetPurgeAge(1);
     clock.advance(86400);
     line("purge by age");
-    backups = LogFile::backups(path_);
-    ASSERT_EQ(backups.size(), 1u);
-    EXPECT_EQ(backups[0], dir_.file("run_2024_03_11_14_07_09_000000.bak"));
-    EXPECT_TRUE(std::filesystem::exists(dir_.file("run_notes.bak")));
+    EXPECT_EQ(backupsOf(path_), (std::vector<std::string>{othersBackup, dir_.file("run_2024_03_11_14_07_09_000000.bak")}));
 }
 
 TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
@@ -255,44 +233,18 @@ TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
     line("one");
     line("two");
     EXPECT_EQ(lines(mine).size(), 2u);
-    EXPECT_EQ(LogFile::backups(mine).size(), 1u);
+    EXPECT_EQ(backupsOf(mine).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(path_));
     EXPECT_FALSE(std::filesystem::exists(mine + ".lock"));
 }
 
-TEST_F(FileChannelTest, ThreadsLoggingAtOnceKeepEveryLineWhole) {
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    channel->SetMaxSize(4000);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([t] {
-            CLogMsg msg("t", "", SevInfo);
-            for (int n = 0; n < 300; ++n) msg << "thread " << t << " line " << n << flush;
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    std::vector<std::string> files = LogFile::backups(path_);
-    EXPECT_GT(files.size(), 10u);
-    files.push_back(path_);
-    std::set<std::string> bodies;
-    for (const std::string& file : files) {
-        const std::vector<std::string> all = lines(file);
-        ASSERT_FALSE(all.empty());
-        for (std::size_t i = 1; i < all.size(); ++i) EXPECT_TRUE(bodies.insert(body(all[i])).second) << all[i];
-    }
-    EXPECT_EQ(bodies.size(), 1200u);
-}
-
-TEST_F(FileChannelTest, FailuresThrowFromTheChannelAndAreDroppedByTheLogger) {
+TEST_F(FileChannelTest, ALineThatCannotBeWrittenThrows) {
     CChannelCommonFile channel(dir_.file("missing/run.log"), SevInfo, "");
     log_->AddChannel(new CChannelFunc(osl::test::captureLine, SevInfo, ""));
-    line("a line");
+    line("builds the line");
     CLogMsg msg("t", "", SevInfo);
-    msg.Log("unused");  // builds the line of msg
+    msg.Log("unused");
     EXPECT_THROW(channel.Write(msg), QIBError);
-    addChannel(new CChannelCommonFile(dir_.file("missing/run.log"), SevInfo, ""));
-    line("still reaches the next channel");
-    EXPECT_EQ(capturedLines().size(), 3u);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // log/tests/channel_test.cpp
+// The per-channel filter and the function channel.
 #include <vum-qib-osl/log/channel.h>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,8 @@ TEST(ChannelTest, IsHigerRules) {
         CLog* none = nullptr;
         CLogMsg msg(&none, "at", c.message.c_str(), c.sev);
         EXPECT_EQ(channel.IsHiger(msg), c.taken);
+        channel.SetCategory("io");  // a new category replaces the old list
+        EXPECT_EQ(channel.IsHiger(msg), c.sev >= c.level && c.message == "io");
     }
 }
 

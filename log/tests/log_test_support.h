@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,21 @@ inline std::vector<std::string>& capturedLines() {
 }
 
 inline void captureLine(const char* line) { capturedLines().push_back(line); }
+
+/// The names "<stem>_YYYY_MM_DD_hh_mm_ss_uuuuuu.bak" beside path, oldest first.
+inline std::vector<std::string> backupsOf(const std::string& path) {
+    const std::filesystem::path p(path);
+    const std::string prefix = p.stem().string() + "_";
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(p.parent_path())) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() == prefix.size() + 30 && name.starts_with(prefix) && name.ends_with(".bak")) {
+            names.push_back(entry.path().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 class LoggerTest : public ::testing::Test {
 protected:

@@ -1,20 +1,29 @@
 // log/tests/shared_file_test.cpp
-// Four processes append to one common file with a small size limit, so that it rotates many
-// times while they write. Every line must come out once, whole, in the file or in one backup.
+// Processes that share log files: four writers rotating one file, writers whose files an operator
+// damaged or who dropped their privileges, and children forked while another thread logs. No
+// process may crash, and every line must come out once, whole, in the file or in one backup.
 #include <vum-qib-osl/log/channel_file.h>
 #include <vum-qib-osl/log/log.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <csignal>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "log/src/log_file.h"
+#include "log/tests/log_test_support.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -76,7 +85,7 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
         ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "writer status " << status;
     }
 
-    std::vector<std::string> files = osl::detail::LogFile::backups(path);
+    std::vector<std::string> files = osl::test::backupsOf(path);
     ASSERT_GT(files.size(), 20u) << "the limit should have been crossed many times";
     std::map<std::string, int> seen;
     for (const std::string& file : files) {
@@ -109,6 +118,153 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
     }
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(kProcesses * kLinesEach) + 1);
     for (const auto& [body, count] : seen) EXPECT_EQ(count, 1) << body;
+}
+
+}  // namespace
+
+namespace {
+
+// Whoever logs in the damaged directory: nobody when the tests run as root, which permissions do
+// not stop, else the test's own user.
+constexpr uid_t kNobody = 65534;
+
+void writableLog(const std::string& log) {
+    osl::test::writeFile(log, "");
+    EXPECT_TRUE(geteuid() != 0 || chown(log.c_str(), kNobody, static_cast<gid_t>(-1)) == 0);
+}
+
+// The count of each "line N" body in the log and its backups.
+std::map<int, int> linesIn(const std::string& path) {
+    std::map<int, int> seen;
+    std::vector<std::string> files = osl::test::backupsOf(path);
+    files.push_back(path);
+    for (const std::string& file : files) {
+        const std::string content = osl::test::readFile(file);
+        for (std::size_t at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1)) {
+            ++seen[std::atoi(content.c_str() + at + 8)];
+        }
+    }
+    return seen;
+}
+
+struct DamageCase {
+    const char* name;
+    std::function<void(const std::string& dir, const std::string& log)> prepare;
+    bool parentLogsFirst;  // before the fork: the file and its lock are open in the child
+    bool childDropsToWriter;
+    std::function<void(const std::string& dir)> damage;  // in the child, after its first line
+};
+
+// A child writes lines into a file with a small size limit under each damage; it must end
+// normally, keep every line, and say each trouble once on standard error.
+TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
+    const bool root = geteuid() == 0;
+    const std::vector<DamageCase> cases = {
+        {"setuid child", nullptr, true, true, nullptr},
+        {"truncated lock file", nullptr, true, false,
+         [](const std::string& dir) {
+             for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+                 std::filesystem::resize_file(entry.path(), 0);
+             }
+         }},
+        {"read-only directory",
+         [](const std::string& dir, const std::string& log) {
+             writableLog(log);
+             chmod(dir.c_str(), 0555);
+         },
+         false, true, nullptr},
+        {"foreign lock file",
+         [](const std::string&, const std::string& log) {
+             writableLog(log);
+             osl::test::writeFile(log + ".lock", "");
+             chmod((log + ".lock").c_str(), geteuid() == 0 ? 0600 : 0);
+         },
+         false, true, nullptr},
+    };
+    constexpr int kLines = 60;
+    for (const DamageCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (c.prepare == nullptr && c.damage == nullptr && !root) continue;  // setuid needs root
+        osl::test::TempDir dir;
+        osl::test::TempDir errors;
+        chmod(dir.path().c_str(), 0755);
+        const std::string log = dir.file("app.log");
+        if (c.prepare) c.prepare(dir.path().string(), log);
+        CLog* logger = CLog::Instance();
+        logger->DeleteChannels();
+        auto* channel = new CChannelCommonFile(log, SevInfo, "");
+        channel->SetMaxSize(600);
+        logger->AddChannel(channel);
+        int first = 0;
+        if (c.parentLogsFirst) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(first++));
+        const std::string errorFile = errors.file("stderr");
+        const pid_t pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            const int err = open(errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+            if (err < 0 || dup2(err, 2) < 0) _exit(3);
+            if (c.childDropsToWriter && root && setuid(kNobody) != 0) _exit(4);
+            if (first == 0) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(first++));
+            if (c.damage) c.damage(dir.path().string());
+            for (int n = first; n < kLines; ++n) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(n));
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(pid, &status, 0), pid);
+        logger->DeleteChannels();
+        chmod(dir.path().c_str(), 0755);
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+        const std::map<int, int> seen = linesIn(log);
+        // A truncation empties the lines written before it; every later one is there.
+        for (int n = c.damage ? 1 : 0; n < kLines; ++n) {
+            EXPECT_EQ(seen.count(n) ? seen.at(n) : 0, 1) << "line " << n;
+        }
+        std::istringstream said(osl::test::readFile(errorFile));
+        std::set<std::string> distinct;
+        for (std::string text; std::getline(said, text);) EXPECT_TRUE(distinct.insert(text).second) << "twice: " << text;
+    }
+}
+
+// Children forked while another thread logs can log at once (no mutex inherited locked), and a
+// child's private file is its own, named after its process id.
+TEST(ForkedLoggerTest, ChildrenLogIntoFilesOfTheirOwn) {
+    osl::test::TempDir dir;
+    CLog* logger = CLog::Instance();
+    logger->DeleteChannels();
+    logger->AddChannel(new CChannelPrivateFile(dir.file("run.log"), SevInfo, ""));
+    auto* common = new CChannelCommonFile(dir.file("common.log"), SevInfo, "");
+    common->SetMaxSize(2000);
+    logger->AddChannel(common);
+    OslLogPrint(SevInfo, "", "t", "parent");  // the logger is in use before the fork, as in a host
+    std::atomic<bool> stop{false};
+    std::thread busy([&stop] {
+        CLogMsg msg("busy", "", SevInfo);
+        while (!stop.load()) msg << "parent" << flush;
+    });
+    std::vector<pid_t> children;
+    for (int i = 0; i < 20; ++i) {
+        const pid_t pid = fork();
+        if (pid == 0) {
+            alarm(10);  // a child that deadlocks dies of SIGALRM
+            OslLogPrint(SevInfo, "", "t", "child");
+            _exit(0);
+        }
+        children.push_back(pid);
+    }
+    stop = true;
+    busy.join();
+    logger->DeleteChannels();
+    for (pid_t pid : children) {
+        SCOPED_TRACE(pid);
+        int status = 0;
+        ASSERT_EQ(waitpid(pid, &status, 0), pid);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+        const std::string own = osl::test::readFile(dir.file("run_" + std::to_string(pid) + ".log"));
+        EXPECT_NE(own.find(" : child\r\n"), std::string::npos);
+        EXPECT_EQ(own.find(" : parent"), std::string::npos);
+    }
+    const std::string parent = osl::test::readFile(dir.file("run_" + std::to_string(getpid()) + ".log"));
+    EXPECT_EQ(parent.find(" : child"), std::string::npos);
 }
 
 }  // namespace

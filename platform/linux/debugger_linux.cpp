@@ -1,4 +1,5 @@
 // platform/linux/debugger_linux.cpp
+// Whether a debugger is attached: TracerPid in /proc/self/status.
 #include "platform/debugger.h"
 
 #include <cstdio>

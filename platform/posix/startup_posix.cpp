@@ -1,6 +1,6 @@
 // platform/posix/startup_posix.cpp
-// Start-up of the process-wide services. Each service is held by a function-local static whose
-// destructor shuts it down, so the exits run in reverse order at process exit.
+// Start-up of the process-wide services. Each is brought up by the constructor of a function-local
+// static; none needs a shutdown, so their destructors do nothing.
 #include "platform/startup.h"
 
 #include "platform/curl_http.h"

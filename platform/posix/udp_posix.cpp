@@ -1,4 +1,5 @@
 // platform/posix/udp_posix.cpp
+// Datagrams to one address, and name resolution apart from the socket.
 #include "platform/udp.h"
 
 #include <netdb.h>
@@ -6,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace osl::platform {
 
@@ -16,8 +18,8 @@ void UdpSender::close() {
     fd_ = -1;
 }
 
-std::error_code UdpSender::open(const std::string& host, int port) {
-    close();
+std::error_code resolveUdp(const std::string& host, int port, UdpEndpoint& endpoint) {
+    endpoint = UdpEndpoint{};
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_DGRAM;
@@ -28,22 +30,27 @@ std::error_code UdpSender::open(const std::string& host, int port) {
         return std::make_error_code(rc == EAI_SYSTEM ? static_cast<std::errc>(errno) : std::errc::host_unreachable);
     }
     std::error_code ec = std::make_error_code(std::errc::host_unreachable);
-    for (addrinfo* a = found; a != nullptr; a = a->ai_next) {
-        int fd = ::socket(a->ai_family, a->ai_socktype | SOCK_CLOEXEC, a->ai_protocol);
-        if (fd < 0) {
-            ec = {errno, std::generic_category()};
-            continue;
-        }
-        if (::connect(fd, a->ai_addr, a->ai_addrlen) == 0) {
-            fd_ = fd;
-            ec.clear();
-            break;
-        }
-        ec = {errno, std::generic_category()};
-        ::close(fd);
+    if (found != nullptr && found->ai_addrlen <= sizeof endpoint.address) {
+        std::memcpy(endpoint.address, found->ai_addr, found->ai_addrlen);
+        endpoint.length = static_cast<unsigned>(found->ai_addrlen);
+        endpoint.family = found->ai_family;
+        ec.clear();
     }
     freeaddrinfo(found);
     return ec;
+}
+
+std::error_code UdpSender::open(const UdpEndpoint& endpoint) {
+    close();
+    int fd = ::socket(endpoint.family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) return {errno, std::generic_category()};
+    if (::connect(fd, reinterpret_cast<const sockaddr*>(endpoint.address), endpoint.length) != 0) {
+        std::error_code ec{errno, std::generic_category()};
+        ::close(fd);
+        return ec;
+    }
+    fd_ = fd;
+    return {};
 }
 
 std::error_code UdpSender::send(const std::string& datagram) {

@@ -22,4 +22,10 @@ while IFS= read -r hit; do report "system header outside platform/: $hit"; done 
 while IFS= read -r hit; do report "public header includes a private one: $hit"; done < <(
     grep -rnE '#include "' include)
 
+# The logging core (messages, logger, channels, the file engine) stands on misc/ and platform/
+# alone: ini/ logs through it, and the configuration read from an INI lives in log/config/.
+while IFS= read -r hit; do report "logging core includes a layer above it: $hit"; done < <(
+    grep -rnE '#include [<"](vum-qib-osl/)?(ini|message|strings|cmdline|sync|statistics|file)/' \
+        log/src include/vum-qib-osl/log 2>/dev/null)
+
 exit $status

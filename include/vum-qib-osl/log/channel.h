@@ -5,6 +5,7 @@
 #include <vum-qib-osl/osl_api.h>
 
 #include <string>
+#include <vector>
 
 class Ini;
 
@@ -12,13 +13,15 @@ class Ini;
 class OSL_API CChannel {
 public:
     CChannel() = default;
-    CChannel(LogSeverity level, std::string category) : category_(std::move(category)), level_(level) {}
+    CChannel(LogSeverity level, std::string category) : level_(level) { SetCategory(std::move(category)); }
     virtual ~CChannel();
     CChannel(const CChannel&) = delete;
     CChannel& operator=(const CChannel&) = delete;
 
     /// Reads the channel's keys from its group of the INI: "level" (a level name, default
     /// "none": nothing passes) and "category" (default empty). Channel types read more keys.
+    /// Mistakes are said once on standard error: an unknown level name (the channel then takes
+    /// nothing, as documented) among them. Defined with the configuration, above the INI layer.
     virtual void Configure(Ini& ini, const std::string& group);
 
     /// Writes the message's line when IsHiger(msg) is true. Failures may throw; the logger
@@ -28,7 +31,8 @@ public:
     LogSeverity GetSeverity() const { return level_; }
     const std::string& GetCategory() const { return category_; }
     void SetSeverity(LogSeverity level) { level_ = level; }
-    void SetCategory(const std::string& category) { category_ = category; }
+    /// Also splits a list of categories once, so that filtering a message allocates nothing.
+    void SetCategory(std::string category);
 
     /// Whether this channel takes the message: its severity reaches the level, and its category
     /// passes the channel's category filter ("*" takes all; "a, b" takes a and b, with
@@ -36,8 +40,11 @@ public:
     bool IsHiger(const CLogMsg& msg) const;
 
 protected:
-    std::string category_;
+    std::string category_;  // change it through SetCategory
     LogSeverity level_ = SevNone;
+
+private:
+    std::vector<std::string> categoryList_;  // category_ split at ", " when it holds a comma
 };
 
 /// Hands each line it takes to a caller's function (CLog::Log2clog for the screen).

@@ -23,8 +23,10 @@ class LogFile;
 ///
 /// Safe for several processes: lines never interleave, each lands in the file or in exactly one
 /// backup, one crossing of a limit rotates once. The channel keeps the file open between lines
-/// and coordinates through "<path>.lock" next to it (flock and a small shared record). Failures
-/// throw QIBError; the logger drops them with the line.
+/// and coordinates through "<path>.lock" next to it (flock and a small record, which also lists
+/// the backups that this log made: retention deletes only those). When the lock file cannot be
+/// opened or a rotation fails, lines still go into the file and the failure is said once on
+/// standard error. Only a line that cannot be written throws QIBError; the logger drops it.
 class OSL_API CChannelCommonFile : public CChannel {
 public:
     /// Path "run.log", level none, no limits.
@@ -37,7 +39,8 @@ public:
 
     /// Reads "path" (default "run.log"), "level" and "category", "period" (days) and "maxsize"
     /// (bytes), then "purgecount" and "purgeage" (days); a missing, empty or non-numeric number
-    /// is 0, that is no limit.
+    /// is 0, that is no limit. A number is read as "%lu" reads it ("10k" is 10) cut to 32 bits;
+    /// such mistakes and an empty path (nothing is written then) are said on standard error.
     void Configure(Ini& ini, const std::string& group) override;
     void Write(CLogMsg& msg) override;
 
@@ -75,7 +78,8 @@ private:
 };
 
 /// A log file that only this process writes (INI type "private-file"): the configured path with
-/// "_<process id>" before its extension ("run.log" gives "run_4242.log"). Same keys, header,
+/// "_<process id>" before its extension ("run.log" gives "run_4242.log"), the id of the process
+/// that writes the line, so that a forked child writes a file of its own. Same keys, header,
 /// rotation and retention as the common file; no lock file.
 class OSL_API CChannelPrivateFile : public CChannelCommonFile {
 public:

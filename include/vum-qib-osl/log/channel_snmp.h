@@ -8,15 +8,16 @@
 #include <memory>
 #include <string>
 
-namespace osl::platform {
-class UdpSender;
+namespace osl::detail {
+struct SnmpRoute;
 }
 
 /// Sends each line it takes as an SNMPv2c trap over UDP (INI type "snmp", keys "host", default
 /// "localhost", "port", default 162, and "community", default "public"). The trap carries the
-/// line, its severity, category and "at" (README: "SNMP traps"). The host is resolved when the
-/// first line is sent; a host that cannot be resolved is tried again after ten seconds, and the
-/// lines meanwhile are lost (Write throws QIBError; the logger drops it).
+/// line, its severity, category and "at" (README: "SNMP traps"). The host is resolved once, on a
+/// thread of its own, so that a slow name service holds up no thread that logs; the first 100
+/// lines wait for it. A host that cannot be resolved is tried again ten seconds later; lines
+/// meanwhile are lost (Write throws QIBError; the logger drops it).
 class OSL_API CChannelSnmp : public CChannel {
 public:
     CChannelSnmp();
@@ -35,13 +36,15 @@ public:
     const std::string& GetCommunity() const { return community_; }
 
 protected:
+    /// Forgets the address and starts resolving host_ anew.
+    void Restart();
+
     std::string host_ = "localhost";
     int port_ = 162;
     std::string community_ = "public";
 
 private:
-    std::unique_ptr<osl::platform::UdpSender> sender_;
-    std::int64_t startedAt_ = 0;      // microseconds, for sysUpTime
-    std::int64_t retryAt_ = 0;        // seconds: no new resolution before then
+    std::shared_ptr<osl::detail::SnmpRoute> route_;  // shared with the thread that resolves
+    std::int64_t startedAt_ = 0;                     // microseconds, for sysUpTime
     std::int32_t requestId_ = 0;
 };

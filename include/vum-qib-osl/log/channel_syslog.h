@@ -27,8 +27,6 @@ public:
 
 protected:
     void Open();
-
-    bool opened_ = false;
 };
 
 /// The event-source registration of another platform: there is no registry here, so both return

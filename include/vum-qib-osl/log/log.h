@@ -1,22 +1,24 @@
 // The process-wide logger: its channels, their summaries and the serialised output.
 #pragma once
 
-#include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/log/channel.h>
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/osl_api.h>
 
 #include <list>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <vector>
 
-/// The logger. Messages reach it through CLogMsg; it filters them by the lowest level and the
-/// categories of all its channels, then hands each to every channel under one lock, so lines
-/// from different threads never interleave. Until it is configured it has no channels and every
-/// message is dropped. Configure it during start-up: configuration is not serialised against
-/// logging.
+class Ini;
 class QibVr_Versions;
+
+/// The logger. Messages reach it through CLogMsg; it filters them by the lowest level and the
+/// categories of all its channels, then hands each to every channel under one process-wide lock,
+/// so lines from different threads never interleave. The lock is taken before a fork and
+/// released after it, so a child may log at once even when another thread was logging. Until it
+/// is configured it has no channels and every message is dropped. Configure it during start-up:
+/// configuration is not serialised against logging.
 
 class OSL_API CLog {
 public:
@@ -36,7 +38,9 @@ public:
 
     /// Loads the INI file and builds the channels from it (see Load(Ini&, ...)). When the file
     /// cannot be read, writes "<file>:<reason>" on standard error, keeps no channels and returns
-    /// false.
+    /// false. Mistakes in the channels' keys are said once each on standard error: an unknown
+    /// level name (the channel then takes nothing), a number with trailing text, one too large or
+    /// negative, an empty "path" (that channel is not made).
     bool Load(const std::string& iniFile, const std::string& processName);
     /// Copies the INI and builds the channels from it, replacing any earlier ones. The logger's
     /// group is the group named like the process when there is one, else "logging". Its keys:
@@ -108,8 +112,7 @@ private:
     std::string processName_;
     std::string group_;
     bool loggingGate_ = false;
-    Ini ini_;
-    std::recursive_mutex lock_;  // guards channel output; re-entrant for a function channel that logs
+    std::shared_ptr<Ini> ini_;  // the configuration loaded last; null before the first Load
     LogSeverity lowestSeverity_ = static_cast<LogSeverity>(6);
     std::vector<std::string> categories_;
     bool anyCategory_ = false;

@@ -56,7 +56,9 @@ public:
     const char* c_str() const { return line_.c_str(); }
     std::size_t size() const { return line_.size(); }
 
-    using std::ostringstream::operator<<;
+    /// Every insertion returns the message, so that `flush` can end any chain: a type that only
+    /// a std::ostream prints (bool, std::string_view, a caller's type) goes through the template
+    /// below.
     /// Sets the severity of the message being built.
     CLogMsg& operator<<(LogSeverity sev) { return Sev(sev); }
     /// A null pointer writes nothing.
@@ -75,6 +77,7 @@ public:
     CLogMsg& operator<<(unsigned long long n);
     CLogMsg& operator<<(float n);
     CLogMsg& operator<<(double n);
+    CLogMsg& operator<<(bool b);
     CLogMsg& operator<<(const void* p);
     /// Writes the error's one-line form.
     CLogMsg& operator<<(const QIBError& error);
@@ -82,6 +85,13 @@ public:
     /// Standard manipulators (std::hex, std::setw ...) keep the chain a CLogMsg.
     CLogMsg& operator<<(std::ostream& (*manipulator)(std::ostream&));
     CLogMsg& operator<<(std::ios_base& (*manipulator)(std::ios_base&));
+    /// Anything else that a std::ostream can print.
+    template <typename T>
+        requires requires(std::ostream& out, const T& value) { out << value; }
+    CLogMsg& operator<<(const T& value) {
+        static_cast<std::ostream&>(*this) << value;
+        return *this;
+    }
 
     /// When the message is enabled: header, then text (or the body written so far when text is
     /// null), then out to the logger. The attributes return to their defaults in every case.

@@ -4,8 +4,8 @@
 #include <vum-qib-osl/osl_api.h>
 
 /// Brings up the platform services the library uses, once per process; later calls do nothing.
-/// Call it before anything else, before other threads start. The services are shut down in the
-/// reverse order at process exit.
+/// Call it before anything else, before other threads start. The services stay up until the
+/// process ends; nothing is shut down at exit.
 OSL_API void InitOSL();
 
 /// Ends the process's HTTP session: shared connections and cookies are dropped, so the next
