@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "osl_version.h"
 #include "tools/qibosl/commands.h"
@@ -21,6 +23,11 @@ Message& text(const std::string& key) {
     static Message message;
     message.PrintCode(false);
     return message[key];
+}
+
+std::vector<std::pair<std::filesystem::path, std::string>>& demoFiles() {
+    static std::vector<std::pair<std::filesystem::path, std::string>> files;
+    return files;
 }
 
 void section(const std::string& title) {
@@ -228,7 +235,14 @@ int cmdDemo(const Args& args) {
     demoLogging(installation.string());
     demoPrograms();
     demoStatistics(installation);
+    std::cout << "\n== files the demo left behind\n";
+    for (const auto& [path, what] : demoFiles()) std::cout << "  " << path.string() << "  (" << what << ")\n";
+    if (demoFiles().empty()) std::cout << "  none\n";
     return 0;
+}
+
+void noteDemoFile(const std::filesystem::path& path, const std::string& what) {
+    demoFiles().emplace_back(std::filesystem::absolute(path), what);
 }
 
 }  // namespace qibosl

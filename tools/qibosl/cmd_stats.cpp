@@ -145,6 +145,7 @@ void demoStatistics(const std::filesystem::path& installation) {
     CQibOsl_Statistics_RingList rings;
     counter.ReportMinutes(rings);
     files.HourReport(rings, local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour);
+    noteDemoFile(log / "demo_hour.csv", "the statistics report of this hour");
     std::cout << "\n== statistics\nthe demo took " << steps.count << " steps (" << steps.sum
               << " ms between them); the report of this hour went to " << (log / "demo_hour.csv").string() << "\n";
 }

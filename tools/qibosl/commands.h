@@ -80,6 +80,8 @@ void demoLogging(const std::string& installation);
 int cmdStats(const Args& args);
 void demoStep();
 void demoStatistics(const std::filesystem::path& installation);
+/// Remembers a file or directory that the demo leaves behind; the demo names them all at its end.
+void noteDemoFile(const std::filesystem::path& path, const std::string& what);
 // Named locks (cmd_lock.cpp). programArguments() holds argv untouched, as main received it.
 int cmdLock(const Args& args);
 /// Runs a step of the demo while holding the computer-scope lock name, and says so.
