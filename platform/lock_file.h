@@ -24,8 +24,4 @@ bool isFileAtPath(int fd, const std::string& path);
 /// it exists. An existing symbolic link or non-directory is std::errc::not_a_directory.
 std::error_code ensureSharedDirectory(const std::string& path);
 
-/// Registers functions run around fork(): prepare in the parent before it, parent in the parent
-/// after it, child in the child.
-void registerForkHandlers(void (*prepare)(), void (*parent)(), void (*child)());
-
 }  // namespace osl::platform

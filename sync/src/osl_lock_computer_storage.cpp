@@ -9,6 +9,7 @@
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include "platform/fork_handlers.h"
 #include "platform/lock_file.h"
 #include "sync/src/storage_singleton.h"
 

@@ -48,7 +48,7 @@ int cmdLs(const Args& args) {
     if (dirs.size() != 1) throw UsageError("ls takes one DIRECTORY");
     const QIBCommandLine options = args.options();
     std::string pattern = options.GetOptionValue("-pattern");
-    if (pattern.empty()) pattern = "*";
+    if (pattern.empty()) pattern.assign(1, '*');  // not = "*": a false -Wrestrict of g++ 12 at -O2
     const bool ignoreCase = options.HasFlag("-i");
     std::vector<std::string> names;
     std::string name;
