@@ -34,16 +34,14 @@ TEST(LogApiTest, ExportedFromTheSharedLibrary) {
     EXPECT_NE(seen()[0].find("-ERROR at : kept 1"), std::string::npos);
     EXPECT_EQ(StringToSev("fatal"), SevFatal);
     EXPECT_TRUE(CLogMsg::HasCategory("x"));
-}
 
-TEST(LogApiTest, ConfigurationAndChannelsExported) {
+    // Configuration and every channel type.
     osl::test::TempDir dir;
     const std::string ini = dir.file("log.ini");
     osl::test::writeFile(ini, "[logging]\nchannels=f p s d t\n"
                               "[f]\ntype=text-file\nlevel=info\nmaxsize=100\npath=" + dir.file("c.log") + "\n"
                               "[p]\ntype=private-file\nlevel=info\npath=" + dir.file("p.log") + "\n"
                               "[s]\ntype=system\n[d]\ntype=debug\n[t]\ntype=snmp\nhost=127.0.0.1\nport=9\n");
-    CLog* log = CLog::Instance();
     ASSERT_TRUE(log->Load(ini, "api"));
     CLog::PrintVersions(QibVr_Versions::Instance(), "api");
     std::string file = dir.file("set.log");

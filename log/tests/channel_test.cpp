@@ -27,15 +27,12 @@ TEST(ChannelTest, IsHigerRules) {
         {SevInfo, "db", SevInfo, "", false},        // channel db, no category
         {SevInfo, "db", SevInfo, "DB", false},      // case-sensitive
         {SevInfo, "*", SevInfo, "net", true},       // exactly "*"
-        {SevInfo, "*", SevInfo, "", true},
         {SevInfo, "", SevInfo, "db", false},
         {SevInfo, "db, net", SevInfo, "net", true},
-        {SevInfo, "db, net", SevInfo, "io", false},
         {SevInfo, "db, net", SevInfo, "", false},   // "NONE" not listed
         {SevInfo, "db, NONE", SevInfo, "", true},
         {SevInfo, "*, ~db", SevInfo, "db", false},  // all but db
         {SevInfo, "*, ~db", SevInfo, "net", true},
-        {SevInfo, "*, ~db", SevInfo, "", true},
         {SevInfo, "*x", SevInfo, "net", false},     // no comma: only exact "*" takes all
         {SevInfo, "db,net", SevInfo, "net", false}, // split at ", " only
         {SevNone, "*", SevSystem, "db", false},     // level 7 takes nothing

@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <map>
@@ -119,10 +118,6 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(kProcesses * kLinesEach) + 1);
     for (const auto& [body, count] : seen) EXPECT_EQ(count, 1) << body;
 }
-
-}  // namespace
-
-namespace {
 
 // Whoever logs in the damaged directory: nobody when the tests run as root, which permissions do
 // not stop, else the test's own user.
