@@ -1,8 +1,11 @@
 // strings/tests/api_test.cpp
-// The strings interface through the shared library: every class is exported.
+// The strings and pattern interfaces through the shared library: every class is exported.
 #include <vum-qib-osl/osl.h>
 
 #include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
 
 TEST(StringsApiTest, ConvertsThroughTheSharedLibrary) {
     Osl_UnicodeConfiguration::SetUnicodeMode(true);
@@ -17,4 +20,24 @@ TEST(StringsApiTest, ConvertsThroughTheSharedLibrary) {
     EXPECT_EQ(Osl_UnicodeConfiguration::Instance()->GetEncodingDescription("cp1252"),
               "Windows Latin 1, Western European");
     Osl_UnicodeConfiguration::SetUnicodeMode(false);
+}
+
+TEST(StringsApiTest, PatternsThroughTheSharedLibrary) {
+    Osl_RegularExpression re("(b+)", true);
+    EXPECT_EQ(re.search("aBbc", 0, Osl_RegularExpression::npos), Osl_RegularExpression::range(1, 3));
+    EXPECT_EQ(re.group(re.groups()), Osl_RegularExpression::range(1, 3));
+    std::string s = "abba";
+    EXPECT_EQ(re.replace(s, 0, std::string::npos, "-", true), 1u);
+    EXPECT_THROW(re.pattern("("), QIBError);
+    EXPECT_TRUE(WildcardString("*.ini", false).Match("QIB_FDS.INI"));
+    Osl_UTF8String regexp;
+    WStringAsRegexp("?", regexp);
+    EXPECT_EQ(regexp.ToString(), "^.$");
+    QIBAutoEditString text("log_%%job.%%Part");
+    text.AddVariable("JOB", "run");
+    text.AddVariable("part", "7");
+    EXPECT_EQ(text.Resolve(false), "log_run7");
+    std::ostringstream out;
+    out << text;
+    EXPECT_EQ(out.str(), "log_%%job.%%Part\nJOB=run\npart=7\n");
 }

@@ -39,15 +39,14 @@ protected:
 
 }  // namespace
 
-TEST_F(UnicodeConfigurationTest, RecordsAreFoundByNameAndByEveryIcuAlias) {
-    struct Case {
+TEST_F(UnicodeConfigurationTest, RecordsAreFoundByEveryAliasAndUnknownNamesFail) {
+    const struct {
         const char* name;
         const char* description;
         bool ibm, dbcs;
         const char* windows;
     } cases[] = {
         {"MS1252", "Windows Latin 1, Western European", false, false, "MS1252"},
-        {"windows-1252", "Windows Latin 1, Western European", false, false, "MS1252"},
         {"ISO-8859-1", "ISO 8859-1 Latin 1, Western European", false, false, "MS1252"},
         {"ibm-939", "IBM EBCDIC Japanese Latin mixed", true, true, "MS932"},
         {"ibm-37", "IBM EBCDIC US/Canada", true, false, "MS1252"},
@@ -64,6 +63,13 @@ TEST_F(UnicodeConfigurationTest, RecordsAreFoundByNameAndByEveryIcuAlias) {
     }
     EXPECT_FALSE(conf_->IsLegacySupportedEncoding("UTF-8"));
     EXPECT_TRUE(conf_->IsUNICODESupportedEncoding("UTF-8"));
+    std::list<std::string> fonts;
+    const QIBError language = thrown([&] { conf_->GetLanguageAbbreviatedName("Klingon"); });
+    EXPECT_EQ(language.What(), "Cannot find the language info for Klingon");
+    EXPECT_EQ(language.Severity(), 12);
+    const QIBError encoding = thrown([&] { conf_->WindowsEncoding2VariableFonts("MS9999", fonts); });
+    EXPECT_EQ(encoding.What(), "Cannot find the Windows encoding info for MS9999");
+    EXPECT_EQ(encoding.Severity(), 12);
 }
 
 TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
@@ -98,17 +104,7 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
     }
 }
 
-TEST_F(UnicodeConfigurationTest, UnknownNamesGiveTheirErrors) {
-    std::list<std::string> fonts;
-    const QIBError language = thrown([&] { conf_->GetLanguageAbbreviatedName("Klingon"); });
-    EXPECT_EQ(language.What(), "Cannot find the language info for Klingon");
-    EXPECT_EQ(language.Severity(), 12);
-    const QIBError encoding = thrown([&] { conf_->WindowsEncoding2VariableFonts("MS9999", fonts); });
-    EXPECT_EQ(encoding.What(), "Cannot find the Windows encoding info for MS9999");
-    EXPECT_EQ(encoding.Severity(), 12);
-}
-
-TEST_F(UnicodeConfigurationTest, InitFromSettings) {
+TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
     Osl_UnicodeSettings unicode;
     unicode.mode = "unicode";
     unicode.default_character_set = "MS1252";
@@ -134,6 +130,35 @@ TEST_F(UnicodeConfigurationTest, InitFromSettings) {
     EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
     EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
     EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "UTF-8");
+    conf_->Init(Osl_UnicodeSettings{});  // no locale directory: Init() reads again after a new reader
+    Osl_UnicodeConfiguration::SetSettingsReader(nullptr);
+    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    Osl_UnicodeConfiguration::SetCurrentEncoding("MS1251");
+    conf_->Init();  // no reader: what was set stays
+    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
+
+    int calls = 0;
+    Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
+        ++calls;
+        throw QIBError("cannot open config/qib_fds.ini", 1, 12, "ini/src/qib_fds_ini", 1);
+    });
+    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    conf_->Init();  // the reader's error is swallowed: the defaults
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    conf_->Init();
+    EXPECT_EQ(calls, 1);
+
+    Osl_UnicodeConfiguration::SetSettingsReader([] {
+        Osl_UnicodeSettings s;
+        s.mode = "unicode";
+        s.default_character_set = "MS1250";
+        return s;
+    });
+    EXPECT_THROW(conf_->Init(), QIBError);  // Unicode mode without a locale directory
+    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
 }
 
 TEST_F(UnicodeConfigurationTest, CalendarNamesComeFromIcuInTheModesText) {
@@ -178,36 +203,4 @@ TEST_F(UnicodeConfigurationTest, RightToLeftAndSortOrder) {
     }
     conf_->SetSortOrder("");
     EXPECT_EQ(Osl_UnicodeConfiguration::lex_str_compare_func_nocase("ABC\xC9", "abc\xE9"), 0);
-}
-
-TEST_F(UnicodeConfigurationTest, InitReadsTheInstalledSettingsReader) {
-    conf_->Init(Osl_UnicodeSettings{});  // no locale directory: Init() reads again after a new reader
-    Osl_UnicodeConfiguration::SetSettingsReader(nullptr);
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
-    Osl_UnicodeConfiguration::SetCurrentEncoding("MS1251");
-    conf_->Init();  // no reader: what was set stays
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
-
-    int calls = 0;
-    Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
-        ++calls;
-        throw QIBError("cannot open config/qib_fds.ini", 1, 12, "ini/src/qib_fds_ini", 1);
-    });
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
-    conf_->Init();  // the reader's error is swallowed: the defaults
-    EXPECT_EQ(calls, 1);
-    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    conf_->Init();
-    EXPECT_EQ(calls, 1);
-
-    Osl_UnicodeConfiguration::SetSettingsReader([] {
-        Osl_UnicodeSettings s;
-        s.mode = "unicode";
-        s.default_character_set = "MS1250";
-        return s;
-    });
-    EXPECT_THROW(conf_->Init(), QIBError);  // Unicode mode without a locale directory
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
 }
