@@ -5,7 +5,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,10 +86,6 @@ std::error_code ensureSharedDirectory(const std::string& path) {
     if (::lstat(path.c_str(), &st) != 0) return lastError();
     if (!S_ISDIR(st.st_mode)) return std::make_error_code(std::errc::not_a_directory);
     return {};
-}
-
-void registerForkHandlers(void (*prepare)(), void (*parent)(), void (*child)()) {
-    ::pthread_atfork(prepare, parent, child);
 }
 
 }  // namespace osl::platform
