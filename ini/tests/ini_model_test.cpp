@@ -53,8 +53,7 @@ TEST_F(IniModelTest, SetKeyValueAndInsertNewGroupResultsAndCleaning) {
     EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), "3");
     EXPECT_TRUE(ini.InsertNewGroup("g"));          // existed: emptied
     EXPECT_FALSE(ini.isGroupHasKey("g", "j"));
-    ini.EraseKey("missing", "k");
-    ini.EraseGroup("missing");
+    ini.EraseKey("missing", "k");  // nothing to erase
     // ";", tabs and line ends become blanks in names, and end values but those of "value".
     ini.SetKeyValue("g;\tx\ny", "k;\tey\r\nz", "a;b\tc\nd");
     ini.SetKeyValue("g  x", "value", "a;b\tc\nd");

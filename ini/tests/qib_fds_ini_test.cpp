@@ -208,12 +208,8 @@ TEST_F(GeneralConfigurationTest, NoUsableVariableThrowsTwoAndKeepsTheRoot) {
 
 TEST_F(GeneralConfigurationTest, FixedDirectoryPathEndsInOneSlash) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", "/"}, {"/", "/"}, {"a", "a/"}, {"/a/b/", "/a/b/"}, {"a\\", "a\\/"}, {"a//", "a//"},
-    };
-    for (const auto& [path, fixed] : cases) {
-        SCOPED_TRACE(path);
-        EXPECT_EQ(GeneralConfiguration::GetFixedDirectoryPath(path), fixed);
-    }
+        {"", "/"}, {"/", "/"}, {"a", "a/"}, {"/a/b/", "/a/b/"}, {"a\\", "a\\/"}, {"a//", "a//"}};
+    for (const auto& [path, fixed] : cases) EXPECT_EQ(GeneralConfiguration::GetFixedDirectoryPath(path), fixed) << path;
 }
 
 }  // namespace

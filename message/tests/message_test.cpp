@@ -169,8 +169,7 @@ TEST(FormatStringTest, FillsPlaceholdersByPosition) {
 
 TEST(FormatStringTest, CountsPlaceholdersUpToTheFirstGap) {
     const std::pair<const char*, int> cases[] = {
-        {"%1 %3", 1}, {"%2", 0}, {"100% %1", 1}, {"%1 %2 %3", 3}, {"%1%1", 1}, {"%", 0}, {"%10", 1}, {"", 0},
-    };
+        {"%1 %3", 1}, {"%2", 0}, {"100% %1", 1}, {"%1 %2 %3", 3}, {"%1%1", 1}, {"%", 0}, {"%10", 1}, {"", 0}};
     for (const auto& [text, expected] : cases) EXPECT_EQ(FormatString(text).GetArgumentsNumber(), expected) << text;
 }
 
