@@ -1,36 +1,39 @@
 // ini/tests/ini_model_test.cpp
-// The INI table: ordering, queries, modifications, environment expansion, iteration, writing
-// and the log lines of category "ini".
+// The INI table: ordering, queries, modifications, environment expansion, iteration, writing,
+// the log lines of category "ini", and BackupIni's flushing through numbered temporary files.
 #include <vum-qib-osl/ini/ini.h>
+#include <vum-qib-osl/ini/qib_backup_ini.h>
 #include <vum-qib-osl/log/log.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
 class IniModelTest : public ::testing::Test {
 protected:
     Ini loaded(const std::string& text, bool readOnly = false) {
-        const std::string path = dir_.file("m.ini");
-        osl::test::writeFile(path, text);
-        return Ini(path, readOnly);
+        osl::test::writeFile(dir_.file("m.ini"), text);
+        return Ini(dir_.file("m.ini"), readOnly);
     }
     osl::test::TempDir dir_;
 };
 
 TEST(StrCmpInSensitiveTest, FoldsAsciiLettersOnly) {
-    struct Case {
-        std::string left, right;
-        bool less;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, bool> cases[] = {  // left, right, left < right
         {"abc", "ABD", true},  {"abc", "ABC", false},  {"ab", "ABC", true},  {"a", "", false},
         {"_", "a", false},  // "_" (0x5F) sorts after "A" (0x41), the folded "a"
         {"\xc3\x89", "\xc3\xa9", true}, {"a\x80", "A\x7f", false},  // é vs É stay different; unsigned bytes
@@ -38,14 +41,11 @@ TEST(StrCmpInSensitiveTest, FoldsAsciiLettersOnly) {
         {"SECTION_12", "section_13", true}, {"abcdefghIJ", "ABCDEFGHij", false},
         {"abcdefghijklmnop_", "ABCDEFGHIJKLMNOPa", false}, {"abcdefghijklmnopq", "abcdefghijklmnop", false},
     };
-    const StrCmpInSensitive less;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.left + " < " + c.right);
-        EXPECT_EQ(less(c.left, c.right), c.less);
-    }
+    for (const auto& [left, right, less] : cases)
+        EXPECT_EQ(StrCmpInSensitive()(left, right), less) << left << " < " << right;
 }
 
-TEST_F(IniModelTest, SetKeyValueAndInsertNewGroupResults) {
+TEST_F(IniModelTest, SetKeyValueAndInsertNewGroupResultsAndCleaning) {
     Ini ini("", false);
     EXPECT_TRUE(ini.SetKeyValue("G", "k", "1"));   // new group: true although the key is new
     EXPECT_FALSE(ini.SetKeyValue("g", "j", "2"));  // existing group, new key
@@ -53,14 +53,8 @@ TEST_F(IniModelTest, SetKeyValueAndInsertNewGroupResults) {
     EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), "3");
     EXPECT_TRUE(ini.InsertNewGroup("g"));          // existed: emptied
     EXPECT_FALSE(ini.isGroupHasKey("g", "j"));
-    EXPECT_FALSE(ini.InsertNewGroup("other"));
-    ini.EraseKey("missing", "k");
-    ini.EraseGroup("missing");
-    EXPECT_TRUE(ini.isGroupExist("other"));
-}
-
-TEST_F(IniModelTest, SetKeyValueCleansNamesAndValues) {
-    Ini ini("", false);
+    ini.EraseKey("missing", "k");  // nothing to erase
+    // ";", tabs and line ends become blanks in names, and end values but those of "value".
     ini.SetKeyValue("g;\tx\ny", "k;\tey\r\nz", "a;b\tc\nd");
     ini.SetKeyValue("g  x", "value", "a;b\tc\nd");
     EXPECT_EQ(ini.GetKeyValue("g  x", "k  ey", "none", false), "a b c");
@@ -77,41 +71,24 @@ TEST_F(IniModelTest, EnvironmentExpansionIsOnePass) {
     ::setenv("OSL_INI.X", "dot", 1);
     ::unsetenv("OSL_INI_NOPE");
     ::unsetenv("OSL_INI_X");
-    Ini ini = loaded(
-        "[g]\n"
-        "path=%OSL_INI_A%/x%%y%OSL_INI_NOPE%\n"
-        "chain=%OSL_INI_B%-%OSL_INI_A%\n"
-        "twice=%OSL_INI_A%%OSL_INI_A%\n"
-        "empty=[%OSL_INI_EMPTY%]\n"
-        "odd=%OSL_INI_A%%\n"
-        "pattern=%OSL_INI.X% %OSL_INI_X%\n"
-        "key=%path%\n");
-    struct Case {
-        const char* key;
-        const char* expanded;
-    };
-    const Case cases[] = {
-        {"path", "alpha/x%%y%OSL_INI_NOPE%"},
-        {"chain", "%OSL_INI_A%-alpha"},
-        {"twice", "alphaalpha"},
-        {"empty", "[]"},
-        {"odd", "alpha%"},
+    Ini ini = loaded("[g]\npath=%OSL_INI_A%/x%%y%OSL_INI_NOPE%\nchain=%OSL_INI_B%-%OSL_INI_A%\n"
+                     "twice=%OSL_INI_A%%OSL_INI_A%\nempty=[%OSL_INI_EMPTY%]\nodd=%OSL_INI_A%%\n"
+                     "pattern=%OSL_INI.X% %OSL_INI_X%\nkey=%path%\n");
+    const std::pair<const char*, const char*> cases[] = {
+        {"path", "alpha/x%%y%OSL_INI_NOPE%"}, {"chain", "%OSL_INI_A%-alpha"}, {"twice", "alphaalpha"},
+        {"empty", "[]"}, {"odd", "alpha%"},
         {"pattern", "dot dot"},  // the name is a pattern: "." matches "_" too
         {"key", "%path%"},       // keys of the file are not variables
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.key);
-        EXPECT_EQ(ini.GetKeyValue("g", c.key, "", true), c.expanded);
-        EXPECT_EQ(ini.GetString("g", c.key, "", nullptr), c.expanded);
+    for (const auto& [key, expanded] : cases) {
+        SCOPED_TRACE(key);
+        EXPECT_EQ(ini.GetKeyValue("g", key, "", true), expanded);
+        EXPECT_EQ(ini.GetString("g", key, "", nullptr), expanded);
     }
     EXPECT_EQ(ini.GetKeyValue("g", "path", "", false), "%OSL_INI_A%/x%%y%OSL_INI_NOPE%");
-}
-
-TEST_F(IniModelTest, GetStringFoundFlagAndDefaults) {
-    ::setenv("OSL_INI_A", "alpha", 1);
-    Ini ini = loaded("[g]\nk=v\n");
+    // GetString: the found flag, and defaults are not expanded.
     bool found = false;
-    EXPECT_EQ(ini.GetString("G", "K", "d", &found), "v");
+    EXPECT_EQ(ini.GetString("G", "TWICE", "d", &found), "alphaalpha");
     EXPECT_TRUE(found);
     EXPECT_EQ(ini.GetString("g", "x", "%OSL_INI_A%", &found), "%OSL_INI_A%");
     EXPECT_FALSE(found);
@@ -132,74 +109,46 @@ TEST_F(IniModelTest, IteratorWalksGroupsInOrder) {
     EXPECT_EQ(names, (std::vector<std::string>{"A", "b", "c"}));
     EXPECT_EQ(keys, 3u);
     IniGroupIterator it = ini.begin();
-    IniGroupIterator old = it++;
-    EXPECT_EQ((*old).name, "A");
+    EXPECT_EQ((*it++).name, "A");
     EXPECT_EQ((*it).name, "b");
-    ++it;
-    ++it;
+    ++(++it);
     EXPECT_TRUE(it == ini.end());
     EXPECT_EQ((*it).properties, nullptr);
-    EXPECT_EQ((*it).name, "");
     Ini copy = ini;
     EXPECT_FALSE(copy.begin() == ini.begin());  // another table
 }
 
-TEST_F(IniModelTest, FlushWritesTheCanonicalForm) {
-    Ini ini = loaded(
-        "; comment\n[zeta]\n b = 2 ; note\na=1\n\n[Alpha]\nvalue=x;y\n[empty]\n", false);
+TEST_F(IniModelTest, FlushWritesTheCanonicalFormOrFails) {
+    Ini ini = loaded("; comment\n[zeta]\n b = 2 ; note\na=1\n\n[Alpha]\nvalue=x;y\n[empty]\n", false);
     ini.SetKeyValue("alpha", "k", "v");
     const std::string out = dir_.file("out.ini");
+    const std::string canonical = "[Alpha]\nk=v\nvalue=x;y\n\n[empty]\n\n[zeta]\na=1\nb=2\n\n";
     ini.FlushIniDataToFile(out);
-    EXPECT_EQ(osl::test::readFile(out), "[Alpha]\nk=v\nvalue=x;y\n\n[empty]\n\n[zeta]\na=1\nb=2\n\n");
+    EXPECT_EQ(osl::test::readFile(out), canonical);
     EXPECT_EQ(ini.GetFileName(), dir_.file("m.ini"));
-
     ini.FlushIniDataToFile("");
-    Ini back(dir_.file("m.ini"), true);
-    EXPECT_EQ(back.GetKeyValue("alpha", "value", "", false), "x;y");
-    EXPECT_EQ(osl::test::readFile(dir_.file("m.ini")), osl::test::readFile(out));
-}
+    EXPECT_EQ(osl::test::readFile(dir_.file("m.ini")), canonical);
 
-TEST_F(IniModelTest, FlushErrors) {
-    Ini readOnly = loaded("[g]\nk=v\n", true);
-    const std::string out = dir_.file("never.ini");
-    try {
-        readOnly.FlushIniDataToFile(out);
-        FAIL() << "flushed a read-only table";
-    } catch (const QIBError& e) {
-        EXPECT_EQ(e.Code(), 2);
-        EXPECT_EQ(e.What(), "File was opened for input only");
-    }
-    EXPECT_FALSE(std::filesystem::exists(out));
-
-    Ini writable = loaded("[g]\nk=v\n", false);
-    for (const std::string& target : {dir_.file("no/such/dir.ini"), std::string("/dev/full")}) {
+    for (const std::string& target : {dir_.file("no/such/dir.ini"), std::string("/dev/full"), out}) {
         SCOPED_TRACE(target);
+        const bool readOnly = target == out;
         try {
-            writable.FlushIniDataToFile(target);
+            loaded("[g]\nk=v\n", readOnly).FlushIniDataToFile(target);
             FAIL() << "no error";
         } catch (const QIBError& e) {
-            EXPECT_EQ(e.Code(), 3);
-            EXPECT_EQ(e.What(), "Failure to open file before flushing");
+            EXPECT_EQ(e.Code(), readOnly ? 2 : 3);
+            EXPECT_EQ(e.What(), readOnly ? "File was opened for input only" : "Failure to open file before flushing");
         }
     }
+    EXPECT_EQ(osl::test::readFile(out), canonical);  // untouched by the read-only table
 }
 
 TEST(IniErrorTextTest, AllNumbers) {
-    const char* texts[] = {"",
-                           "Error opening file",
-                           "File was opened for input only",
-                           "Failure to open file before flushing",
-                           "Group name is expected",
-                           "Ini file is empty",
-                           "Unexpected blank space , tab or ;",
-                           "Unexpected  [",
-                           " = Expected",
-                           "No group name",
-                           "No ] sign ",
-                           " ] sign doesn't end line ",
-                           "Empty line",
-                           "; sign is not allowed inside group name",
-                           "; sign is not allowed here",
+    const char* texts[] = {"", "Error opening file", "File was opened for input only",
+                           "Failure to open file before flushing", "Group name is expected", "Ini file is empty",
+                           "Unexpected blank space , tab or ;", "Unexpected  [", " = Expected", "No group name",
+                           "No ] sign ", " ] sign doesn't end line ", "Empty line",
+                           "; sign is not allowed inside group name", "; sign is not allowed here",
                            "Sign ; is not extpected"};
     for (int n = 0; n < 16; ++n) EXPECT_EQ(Ini::ExceptionNumberToString(n), texts[n]) << n;
     EXPECT_EQ(Ini::ExceptionNumberToString(16), "");
@@ -207,20 +156,16 @@ TEST(IniErrorTextTest, AllNumbers) {
     EXPECT_EQ(&Ini::ExceptionNumberToString(3), &Ini::ExceptionNumberToString(3));
 }
 
-std::vector<std::string>& logged() {
-    static std::vector<std::string> lines;
-    return lines;
-}
+std::vector<std::string> logged;
 
 TEST_F(IniModelTest, LogsInCategoryIniOnlyWhenEnabled) {
     Ini ini = loaded("[g]\nk=v\n");
     CLog* log = CLog::Instance();
-    log->SetFunctionChannel([](const char* line) { logged().push_back(line); }, SevInfo, "other", false);
-    logged().clear();
+    log->SetFunctionChannel([](const char* line) { logged.push_back(line); }, SevInfo, "other", false);
     ini.GetKeyValue("g", "k", "", false);
-    EXPECT_TRUE(logged().empty());
+    EXPECT_TRUE(logged.empty());
 
-    log->SetFunctionChannel([](const char* line) { logged().push_back(line); }, SevInfo, "ini", false);
+    log->SetFunctionChannel([](const char* line) { logged.push_back(line); }, SevInfo, "ini", false);
     ini.GetKeyValue("g", "k", "", false);
     ini.GetKeyValue("g", "x", "d", false);
     ini.GetKeyValue("h", "x", "d", false);
@@ -229,7 +174,7 @@ TEST_F(IniModelTest, LogsInCategoryIniOnlyWhenEnabled) {
     ini.EraseKey("g", "n");
     ini.EraseGroup("h");
     Ini("", false);
-    const char* expected[] = {
+    const std::string expected[] = {
         "Ini::GetKeyValue : Group :g Key: k return value: v",
         "Ini::GetKeyValue : Group :g Key: x return default value: d (cannot find key in group)",
         "Ini::GetKeyValue : Group :h Key: x return default value: d (cannot find group)",
@@ -240,13 +185,101 @@ TEST_F(IniModelTest, LogsInCategoryIniOnlyWhenEnabled) {
         "Ini::LoadAdd : Load Ini file from file:  (writtable)",
         "Ini::LoadAdd : File name is empty",
     };
-    ASSERT_EQ(logged().size(), std::size(expected));
-    for (std::size_t i = 0; i < logged().size(); ++i) {
-        const std::string& line = logged()[i];
-        EXPECT_NE(line.find(" ini "), std::string::npos) << line;
-        EXPECT_EQ(line.substr(line.size() - std::string(expected[i]).size()), expected[i]);
+    ASSERT_EQ(logged.size(), std::size(expected));
+    for (std::size_t i = 0; i < logged.size(); ++i) {
+        EXPECT_NE(logged[i].find(" ini "), std::string::npos) << logged[i];
+        EXPECT_EQ(logged[i].substr(logged[i].size() - expected[i].size()), expected[i]);
     }
     log->DeleteChannels();
+}
+
+class BackupIniTest : public IniModelTest {
+protected:
+    std::string leftovers() const {
+        std::string names;
+        for (const auto& entry : fs::directory_iterator(dir_.path()))
+            if (entry.path().filename().string().find(".tmp") != std::string::npos) names += entry.path().string();
+        return names;
+    }
+};
+
+TEST_F(BackupIniTest, FlushUpdatesTheLinkedFileKeepingModeAndOwner) {
+    // A non-ASCII name on a Latin-1 file system: every call on the name must use the converted one.
+    osl::test::ScopedUnicodeMode latin1(true, "MS1252", "ISO-8859-1");
+    const std::string real = dir_.file("caf\xE9.ini");
+    const std::string link = dir_.file("caf\xC3\xA9-link.ini");
+    osl::test::writeFile(real, "; written by hand\n[b]\nk = 1\n");
+    fs::permissions(real, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    const bool root = ::geteuid() == 0;
+    ASSERT_TRUE(!root || ::chown(real.c_str(), 65534, 65534) == 0);  // as root: a service's file
+    fs::create_symlink("caf\xE9.ini", dir_.file("caf\xE9-link.ini"));
+    BackupIni ini(link);
+    ini.SetKeyValue("a", "x", "2");
+    ini.FlushIniDataToFile("ignored.ini");
+    ini.SetKeyValue("a", "x", "3");
+    ini.FlushIniDataToFile("");
+    EXPECT_EQ(osl::test::readFile(real), "[a]\nx=3\n\n[b]\nk=1\n\n");
+    EXPECT_TRUE(fs::is_symlink(dir_.file("caf\xE9-link.ini")));
+    struct stat st {};
+    ASSERT_EQ(::stat(real.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_TRUE(!root || (st.st_uid == 65534u && st.st_gid == 65534u));
+    EXPECT_FALSE(fs::exists(dir_.file("ignored.ini")));
+    EXPECT_EQ(ini.GetFileName(), link);
+    EXPECT_EQ(leftovers(), "");
+}
+
+TEST_F(BackupIniTest, FailedReplacementNamesNumberedTemporaries) {
+    const std::string file = dir_.file("config.ini");
+    osl::test::writeFile(file, "[a]\nk=v\n");
+    BackupIni ini(file);
+    fs::remove(file);
+    fs::create_directories(file + "/inside");  // a directory cannot be renamed over
+    std::string texts[2];
+    for (std::string& text : texts) {
+        try {
+            ini.FlushIniDataToFile("");
+            FAIL() << "replaced a directory";
+        } catch (const QIBError& e) {
+            text = e.What();
+            EXPECT_EQ(e.Code(), 12);
+            EXPECT_EQ(e.Severity(), 12);
+            EXPECT_EQ(e.Where().rfind("ini/src/qib_backup_ini ", 0), 0u);
+        }
+        EXPECT_EQ(ini.GetFileName(), file);
+        EXPECT_EQ(leftovers(), "");
+    }
+    // One counter for the process: the second flush takes the next number.
+    const std::string prefix = "Cannot copy file: " + file + ".tmp";
+    ASSERT_EQ(texts[0].rfind(prefix, 0), 0u) << texts[0];
+    const int first = std::stoi(texts[0].substr(prefix.size()));
+    EXPECT_EQ(texts[0], prefix + std::to_string(first) + " to: " + file);
+    EXPECT_EQ(texts[1], prefix + std::to_string(first + 1) + " to: " + file);
+}
+
+TEST_F(BackupIniTest, UnwritableOrReadOnlyTablesGiveErrors3And2) {
+    osl::test::ScopedUnicodeMode latin1(true, "MS1252", "ISO-8859-1");
+    const std::string good = dir_.file("report_");  // also what a shortened name would hit
+    osl::test::writeFile(good, "[g]\nk=v\n");
+    for (const std::string& file : {dir_.file("missing/config.ini"), dir_.file("report_\xE2\x82\xAC.ini"), good}) {
+        SCOPED_TRACE(file);
+        const bool readOnly = file == good;
+        BackupIni ini(good);
+        try {
+            ini.Load(file, readOnly);  // keeps the name and the flag even when it cannot read
+        } catch (const QIBError&) {
+        }
+        ini.SetKeyValue("g", "k", "changed");
+        try {
+            ini.FlushIniDataToFile("");
+            FAIL() << "no error";
+        } catch (const QIBError& e) {
+            EXPECT_EQ(e.Code(), readOnly ? 2 : 3);
+        }
+        EXPECT_EQ(ini.GetFileName(), file);
+    }
+    EXPECT_EQ(osl::test::readFile(good), "[g]\nk=v\n");
+    EXPECT_EQ(leftovers(), "");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // ini/tests/ini_parse_test.cpp
-// Reading INI files: syntax, the parse errors with their numbers and lines, first definitions.
+// Reading INI files: syntax, the parse errors with their numbers and lines, first definitions,
+// and files in INI syntax that other people wrote (copies from Debian packages, tests/data/README).
 #include <vum-qib-osl/ini/ini.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
@@ -7,6 +8,7 @@
 
 #include <list>
 #include <string>
+#include <tuple>
 
 #include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
@@ -29,72 +31,72 @@ protected:
         }
         return 0;
     }
-    std::string value(const std::string& group, const std::string& key) {
-        Ini ini;
-        EXPECT_EQ(load(ini, "[" + group + "]\n" + key + "\n"), 0);
-        const IniProperties* p = ini.GetGroupProperty(group);
-        return p == nullptr || p->empty() ? "<none>" : p->begin()->second;
-    }
     osl::test::TempDir dir_;
 };
 
 TEST_F(IniParseTest, ErrorNumbersAndLines) {
-    struct Case {
-        const char* text;
-        int number;
-        int line;
-    };
-    const Case cases[] = {
-        {"k=v\n", 7, 1},                         // a key before any group
-        {"; only a comment\n\n  \n", 5, 3},      // no content line
-        {"", 5, 0},
-        {"[a] x\n", 11, 1},
-        {"[a]\t; tab before comment\n", 11, 1},
-        {"  x[a]\n", 7, 1},
-        {"[ \n", 9, 1},  // a blank name is found before the missing "]"
+    const std::tuple<const char*, int, int> cases[] = {  // text, error number, line
+        {"k=v\n", 7, 1},  // a key before any group
+        {"; only a comment\n\n  \n", 5, 3}, {"", 5, 0}, {"\xEF\xBB\xBF\n", 5, 1},  // a signature is no content
         {"[\n", 5, 0},  // under three bytes: the signature probe leaves the stream failed
-        {"[   ]\n", 9, 1},
-        {"[]\n", 9, 1},
-        {"[a;b]\n", 13, 1},
-        {"[abc\n", 10, 1},                       // first line: read as a header
-        {"[g]\nk=v\n[abc\n", 7, 3},              // later: "[" without "]" is a key line
-        {"[g]\n; c\nkey\n", 8, 3},
-        {"[g]\nk v=1\n", 8, 2},
-        {"[g]\nk ;=1\n", 8, 2},
-        {"[g]\nk;x=1\n", 14, 2},
+        {"[a] x\n", 11, 1}, {"[a]\t; tab before comment\n", 11, 1}, {"  x[a]\n", 7, 1},
+        {"[ \n", 9, 1},  // a blank name is found before the missing "]"
+        {"[   ]\n", 9, 1}, {"[]\n", 9, 1}, {"[a;b]\n", 13, 1},
+        {"[abc\n", 10, 1},            // first line: read as a header
+        {"[g]\nk=v\n[abc\n", 7, 3},    // later: "[" without "]" is a key line
+        {"[g]\n; c\nkey\n", 8, 3}, {"[g]\nk v=1\n", 8, 2}, {"[g]\nk ;=1\n", 8, 2}, {"[g]\nk;x=1\n", 14, 2},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
+    for (const auto& [text, number, line] : cases) {
+        SCOPED_TRACE(text);
         Ini ini;
-        EXPECT_EQ(load(ini, c.text), c.number);
-        EXPECT_EQ(ini.GetErrorLine(), c.line);
+        EXPECT_EQ(load(ini, text), number);
+        EXPECT_EQ(ini.GetErrorLine(), line);
     }
 }
 
 TEST_F(IniParseTest, ValuesAndTrailingComments) {
-    struct Case {
-        const char* line;
-        const char* value;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"k = v ; note", "v"},       {"k=v;w", "v"},         {"value=v;w", "v;w"},
         {"xvalue=a;b", "a;b"},       {"path=a;b", "a"},      {"k=", ""},
         {"k= ;x", ""},               {"k=\t a b = c \t", "a b = c"},
         {"value= ;x", ""},           {"k\t=\tv", "v"},       {"Value=a;b", "a"},
         {"k=v value=x;y", "v value=x;y"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.line);
-        EXPECT_EQ(value("g", c.line), c.value);
+    for (const auto& [line, expected] : cases) {
+        SCOPED_TRACE(line);
+        Ini ini;
+        ASSERT_EQ(load(ini, std::string("[g]\n") + line + "\n"), 0);
+        ASSERT_EQ(ini.GetGroupProperty("g")->size(), 1u);
+        EXPECT_EQ(ini.GetGroupProperty("g")->begin()->second, expected);
     }
 }
 
-TEST_F(IniParseTest, GroupNameKeepsInnerAndTrailingBlanks) {
+// Group names keep inner and trailing blanks; a signature, NUL bytes, control characters and
+// a missing last line feed do not disturb the reader.
+TEST_F(IniParseTest, OddButValidFiles) {
     Ini ini;
     ASSERT_EQ(load(ini, "[ \tMy Group ]   ; comment\nk=v\n[x]\n"), 0);
     EXPECT_TRUE(ini.isGroupExist("my group "));
     EXPECT_FALSE(ini.isGroupExist("My Group"));
     EXPECT_EQ(ini.GetKeyValue("MY GROUP ", "K", "d", false), "v");
+
+    ASSERT_EQ(load(ini, "\xEF\xBB\xBF[g]\r\nk=v\r\n"), 0);
+    EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), "v");  // the group name starts after the signature
+
+    const char text[] = "[g]\nk=a\0b\nj=\x01\n";
+    ASSERT_EQ(load(ini, std::string(text, sizeof text - 1)), 0);
+    EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), std::string("a\0b", 3));
+    EXPECT_EQ(ini.GetKeyValue("g", "j", "", false), "\x01");
+
+    ASSERT_EQ(load(ini, "[a]\r\nk=v"), 0);
+    EXPECT_EQ(ini.GetKeyValue("a", "k", "", false), "v");
+    std::list<std::string> names{"stale"};
+    ASSERT_EQ(load(ini, "[a]\nk=v\n[b]"), 0);  // a last header without a line feed is dropped
+    ini.GetGroupNames(names);
+    EXPECT_EQ(names, std::list<std::string>{"a"});
+    ASSERT_EQ(load(ini, "[a]"), 0);
+    ini.GetGroupNames(names);
+    EXPECT_TRUE(names.empty());
 }
 
 TEST_F(IniParseTest, FirstDefinitionWins) {
@@ -113,39 +115,14 @@ TEST_F(IniParseTest, FirstDefinitionWins) {
     EXPECT_EQ(ini.GetFileName(), more);
 }
 
-TEST_F(IniParseTest, LastLineWithoutLineFeed) {
-    struct Case {
-        const char* text;
-        std::list<std::string> groups;
-    };
-    const Case cases[] = {
-        {"[a]\nk=v\n[b]", {"a"}},
-        {"[a]", {}},
-        {"[a]\r\nk=v", {"a"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        Ini ini;
-        ASSERT_EQ(load(ini, c.text), 0);
-        std::list<std::string> names{"stale"};
-        ini.GetGroupNames(names);
-        EXPECT_EQ(names, c.groups);
-    }
-    Ini ini;
-    ASSERT_EQ(load(ini, "[a]\r\nk=v"), 0);
-    EXPECT_EQ(ini.GetKeyValue("a", "k", "", false), "v");
-}
-
 TEST_F(IniParseTest, OverlongLineEndsTheReading) {
-    const std::string longValue(20000, 'x');
     Ini ini;
-    ASSERT_EQ(load(ini, "[g]\nk=" + longValue + "\n[h]\nj=1\n"), 0);
+    ASSERT_EQ(load(ini, "[g]\nk=" + std::string(20000, 'x') + "\n[h]\nj=1\n"), 0);
     EXPECT_EQ(ini.GetKeyValue("g", "k", "", false).size(), 10239u - 2u);
     EXPECT_FALSE(ini.isGroupExist("h"));
 
     // Exactly 10,239 characters still fit, and reading goes on.
-    const std::string fits = "k=" + std::string(10237, 'y');
-    ASSERT_EQ(load(ini, "[g]\n" + fits + "\n[h]\n"), 0);
+    ASSERT_EQ(load(ini, "[g]\nk=" + std::string(10237, 'y') + "\n[h]\n"), 0);
     EXPECT_EQ(ini.GetKeyValue("g", "k", "", false).size(), 10237u);
     EXPECT_TRUE(ini.isGroupExist("h"));
 }
@@ -175,25 +152,41 @@ TEST_F(IniParseTest, UnopenableFilesGiveError1AndEmptyNameNothing) {
             EXPECT_EQ(e.What(), "Error opening file");
         }
     }
-    Ini empty("", false);
-    EXPECT_EQ(empty.begin(), empty.end());
-    EXPECT_FALSE(empty.IsReadOnly());
+    EXPECT_FALSE(Ini("", false).IsReadOnly());
 }
 
-TEST_F(IniParseTest, UnicodeSignatureIsSkipped) {
-    Ini ini;
-    ASSERT_EQ(load(ini, "\xEF\xBB\xBF[g]\r\nk=v\r\n"), 0);
-    EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), "v");  // also: the group name starts after the signature
-    // The signature alone is no content.
-    EXPECT_EQ(load(ini, "\xEF\xBB\xBF\n"), 5);
-}
-
-TEST_F(IniParseTest, NulBytesAndControlCharactersDoNotStopTheReader) {
-    Ini ini;
-    const char text[] = "[g]\nk=a\0b\nj=\x01\n";
-    ASSERT_EQ(load(ini, std::string(text, sizeof text - 1)), 0);
-    EXPECT_EQ(ini.GetKeyValue("g", "k", "", false), std::string("a\0b", 3));
-    EXPECT_EQ(ini.GetKeyValue("g", "j", "", false), "\x01");
+TEST_F(IniParseTest, PackagedFilesReadAndWriteBackUnchanged) {
+    const std::string data = std::string(OSL_TEST_DATA_DIR) + "/";
+    const Ini desktop(data + "xdg-user-dirs.desktop");
+    EXPECT_EQ(desktop.GetKeyValue("desktop entry", "Exec", "", false), "xdg-user-dirs-update");
+    EXPECT_EQ(desktop.GetKeyValue("Desktop Entry", "X-KDE-autostart-phase", "", false), "1");
+    const Ini unit(data + "snmpd.service");
+    EXPECT_EQ(unit.GetKeyValue("Service", "ExecStart", "", false),
+              "/usr/sbin/snmpd -LOw -u Debian-snmp -g Debian-snmp -I -smux,mteTrigger,mteTriggerConf -f");
+    EXPECT_EQ(unit.GetKeyValue("Service", "ExecReload", "", false), "/bin/kill -HUP $MAINPID");
+    EXPECT_EQ(unit.GetKeyValue("Install", "WantedBy", "", false), "multi-user.target");
+    // Flushed, read back and flushed again, the tables and both texts agree.
+    for (const Ini* original : {&desktop, &unit}) {
+        Ini writable(*original);
+        writable.LoadAdd("", false);  // keeps the table, makes it writable
+        writable.FlushIniDataToFile(dir_.file("first.ini"));
+        Ini back(dir_.file("first.ini"), false);
+        back.FlushIniDataToFile(dir_.file("second.ini"));
+        EXPECT_EQ(osl::test::readFile(dir_.file("first.ini")), osl::test::readFile(dir_.file("second.ini")));
+        IniGroupIterator a = original->begin(), b = back.begin();
+        for (; a != original->end() && b != back.end(); ++a, ++b) {
+            EXPECT_EQ((*a).name, (*b).name);
+            EXPECT_EQ(*(*a).properties, *(*b).properties) << (*a).name;
+        }
+        EXPECT_TRUE(a == original->end() && b == back.end());
+    }
+    // Only comments under its group, and no line feed at the end.
+    const Ini options(data + "wcetemu.ini");
+    ASSERT_NE(options.GetGroupProperty("Options"), nullptr);
+    EXPECT_TRUE(options.GetGroupProperty("Options")->empty());
+    Ini hashComments;
+    EXPECT_EQ(load(hashComments, osl::test::readFile(data + "PackageKit.conf")), 7);  // '#' comments
+    EXPECT_EQ(hashComments.GetErrorLine(), 1);
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 // ini/tests/qib_fds_ini_test.cpp
-// The installation settings file: location, the "default" group, and the error texts.
+// The installation settings file: location, the "default" group, the error texts, the Unicode
+// configuration read from its "unicode" group, and the installation directories.
+#include <vum-qib-osl/ini/general_configuration.h>
 #include <vum-qib-osl/ini/qib_fds_ini.h>
 #include <vum-qib-osl/misc/qib_error.h>
+#include <vum-qib-osl/strings/unicode_configuration.h>
 
 #include <gtest/gtest.h>
 
@@ -10,17 +13,16 @@
 #include <functional>
 #include <string>
 
+#include "ini/src/unicode_settings.h"
 #include "misc/src/install_root.h"
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 class QibFDSIniTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::filesystem::create_directories(dir_.path() / "config");
-        settings_ = dir_.file("config/qib_fds.ini");
-    }
+    void SetUp() override { std::filesystem::create_directories(dir_.path() / "config"); }
     void expectError(const std::function<void()>& action, const std::string& text, long code, long severity) {
         try {
             action();
@@ -33,62 +35,37 @@ protected:
         }
     }
     osl::test::TempDir dir_;
-    std::string settings_;
+    const std::string installation_ = dir_.path().string();
+    const std::string settings_ = dir_.file("config/qib_fds.ini");
 };
 
 TEST_F(QibFDSIniTest, DefaultGroupSuppliesFallbacks) {
     ::setenv("OSL_FDS_ROOT", "/srv/reports", 1);
-    osl::test::writeFile(settings_,
-                         "[default]\nlog_dir=%OSL_FDS_ROOT%/log\nlevel=warning\n"
-                         "[server]\nlevel=info\nport=7001\n");
-    const QibFDSIni ini(dir_.path().string(), true);
-    EXPECT_EQ(ini.GetLocation(), dir_.path().string() + "/config/qib_fds.ini");
-    struct Case {
-        const char* section;
-        const char* key;
-        const char* value;
-    };
-    const Case cases[] = {
-        {"server", "level", "info"},
-        {"server", "log_dir", "/srv/reports/log"},
-        {"client", "level", "warning"},
-        {"server", "nothing", ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.section) + "/" + c.key);
-        EXPECT_EQ(ini.GetProperty(c.section, c.key), c.value);
-    }
-    EXPECT_EQ(ini.GetProperty("client", "level", "d"), "d");
+    osl::test::writeFile(settings_, "[default]\nlog_dir=%OSL_FDS_ROOT%/log\nlevel=warning\n"
+                                    "[server]\nlevel=info\nport=7001\n");
+    const QibFDSIni ini(installation_, true);
+    EXPECT_EQ(ini.GetLocation(), installation_ + "/config/qib_fds.ini");
+    EXPECT_EQ(ini.GetProperty("server", "level"), "info");
+    EXPECT_EQ(ini.GetProperty("server", "log_dir"), "/srv/reports/log");
+    EXPECT_EQ(ini.GetProperty("client", "level"), "warning");
+    EXPECT_EQ(ini.GetProperty("server", "nothing"), "");
+    EXPECT_EQ(ini.GetProperty("client", "level", "d"), "d");  // a caller's default beats the group
     EXPECT_EQ(ini.GetProperty("server", "port", "d"), "7001");
 }
 
 TEST_F(QibFDSIniTest, SetPropertyDeleteSectionAndFlush) {
     osl::test::writeFile(settings_, "[unicode]\nmode=legacy\n[old]\nx=1\n");
-    QibFDSIni ini(dir_.path().string(), false);
+    QibFDSIni ini(installation_, false);
     ini.SetProperty("unicode", "mode", "unicode");
     ini.SetProperty("new", "k", "v");
     ini.DeleteSection("old");
     ini.Flush();
     EXPECT_EQ(osl::test::readFile(settings_), "[new]\nk=v\n\n[unicode]\nmode=unicode\n\n");
 
-    QibFDSIni readOnly(dir_.path().string());
+    QibFDSIni readOnly(installation_);
     readOnly.SetProperty("new", "k", "w");
     EXPECT_THROW(readOnly.Flush(), QIBError);
-    EXPECT_EQ(QibFDSIni(dir_.path().string()).GetProperty("new", "k"), "v");
-}
-
-TEST_F(QibFDSIniTest, LocationAndLoadErrors) {
-    const std::string missing = dir_.file("nowhere") + "/config/qib_fds.ini";
-    expectError([&] { QibFDSIni(dir_.file("nowhere"), true); },
-                "QibFDSIni::QibFDSIni file " + missing + " does not exist.", 12, 99);
-    osl::test::writeFile(settings_, "[a]\nk=1\n[b] x\n");
-    expectError([&] { QibFDSIni(dir_.path().string(), true); },
-                "Error read qib_fds file " + settings_ + " :  ] sign doesn't end line ", 99, 12);
-    // Without a directory, the file is looked for next to the code of the library.
-    const std::string beside = osl::detail::installationRoot() + "config/qib_fds.ini";
-    if (!std::filesystem::exists(beside)) {
-        expectError([] { QibFDSIni(true); }, "QibFDSIni::QibFDSIni file " + beside + " does not exist.", 12, 99);
-    }
+    EXPECT_EQ(QibFDSIni(installation_).GetProperty("new", "k"), "v");
 }
 
 // A caller's reader that reports parse errors by number, as older readers did.
@@ -98,10 +75,141 @@ public:
     void FlushIniDataToFile(const std::string&) override { throw 9; }
 };
 
-TEST_F(QibFDSIniTest, IntegerParseErrorsBecomeQIBErrors) {
+TEST_F(QibFDSIniTest, LocationLoadAndFlushErrors) {
+    const std::string missing = dir_.file("nowhere") + "/config/qib_fds.ini";
+    expectError([&] { QibFDSIni(dir_.file("nowhere"), true); },
+                "QibFDSIni::QibFDSIni file " + missing + " does not exist.", 12, 99);
+    osl::test::writeFile(settings_, "[a]\nk=1\n[b] x\n");
+    expectError([&] { QibFDSIni(installation_, true); },
+                "Error read qib_fds file " + settings_ + " :  ] sign doesn't end line ", 99, 12);
+    // Without a directory, the file is looked for next to the code of the library.
+    const std::string beside = osl::detail::installationRoot() + "config/qib_fds.ini";
+    if (!std::filesystem::exists(beside)) {
+        expectError([] { QibFDSIni(true); }, "QibFDSIni::QibFDSIni file " + beside + " does not exist.", 12, 99);
+    }
+    // Integer parse errors become QIBErrors.
     osl::test::writeFile(settings_, "[a]\n");
-    NumberThrowingIni ini(dir_.path().string(), false);
+    NumberThrowingIni ini(installation_, false);
     expectError([&] { ini.Flush(); }, "QibFDSIni::Flush : No group name", 99, 12);
+}
+
+class UnicodeSettingsTest : public QibFDSIniTest {
+protected:
+    void TearDown() override { Osl_UnicodeConfiguration::SetSettingsReader(nullptr); }
+    // Init() as a program calls it, reading this test's installation.
+    void initFromInstallation() {
+        Osl_UnicodeConfiguration* conf = Osl_UnicodeConfiguration::Instance();
+        conf->Init(Osl_UnicodeSettings{});  // forget an earlier Init, so that Init() reads again
+        Osl_UnicodeConfiguration::SetSettingsReader([this] { return osl::detail::readUnicodeSettings(installation_); });
+        conf->Init();
+    }
+    osl::test::ScopedUnicodeMode restore_{false};
+};
+
+TEST_F(UnicodeSettingsTest, ReadsTheUnicodeGroup) {
+    ::setenv("OSL_TEST_LOCALES", dir_.path().c_str(), 1);
+    osl::test::writeFile(settings_, "[default]\nmode=unicode\n[unicode]\nmode=unicode\nlocaledir=%OSL_TEST_LOCALES%\n"
+                                    "default_character_set=MS1250\nos_file_systemnative_character_set=UTF-8\n");
+    EXPECT_EQ(osl::detail::readUnicodeSettings(installation_).localedir, installation_);
+    initFromInstallation();
+    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
+    EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "UTF-8");
+}
+
+TEST_F(UnicodeSettingsTest, DefaultsAndFailures) {
+    // No "mode" key: legacy, whatever else is set; the file-system encoding follows the current one.
+    // The group "default" does not count here.
+    osl::test::writeFile(settings_, "[default]\nmode=unicode\n[unicode]\ndefault_character_set=Latin1\n");
+    const Osl_UnicodeSettings read = osl::detail::readUnicodeSettings(installation_);
+    EXPECT_EQ(read.mode, "legacy");
+    EXPECT_EQ(read.os_file_systemnative_character_set, "Latin1");
+    initFromInstallation();
+    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
+
+    osl::test::writeFile(settings_, "[unicode]\nmode=unicode\n");
+    try {
+        initFromInstallation();
+        FAIL() << "Unicode mode without a locale directory";
+    } catch (const QIBError& e) {
+        EXPECT_EQ(e.What(), "localedir is not set");
+    }
+
+    // A settings file that does not parse leaves the defaults.
+    osl::test::writeFile(settings_, "mode=unicode\n");
+    EXPECT_THROW(osl::detail::readUnicodeSettings(installation_), QIBError);
+    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    initFromInstallation();
+    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
+}
+
+
+// The integer a call threw, or -1 when it threw nothing.
+int thrownInt(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (int e) {
+        return e;
+    }
+    return -1;
+}
+
+class GeneralConfigurationTest : public ::testing::Test {
+protected:
+    void TearDown() override { for (const char* name : {"OSL_ROOT_A", "OSL_ROOT_B", "OSL_ROOT_C"}) unsetenv(name); }
+};
+
+// Runs first: before any Init in this process the root is empty.
+TEST_F(GeneralConfigurationTest, BeforeInitTheGettersGiveTheBareNames) {
+    if (!GeneralConfiguration::GetRootDirectory().empty()) GTEST_SKIP() << "Init ran already";
+    EXPECT_EQ(GeneralConfiguration::GetLogDirectory(), "log/");
+    EXPECT_EQ(GeneralConfiguration::GetDBDirectory(), "db/");
+}
+
+TEST_F(GeneralConfigurationTest, TheFirstSetVariableGivesTheRoot) {
+    setenv("OSL_ROOT_B", "/prod", 1);
+    setenv("OSL_ROOT_C", "/other", 1);
+    GeneralConfiguration::Init(std::vector<std::string>{"OSL_ROOT_A", "OSL_ROOT_B", "OSL_ROOT_C"});
+    EXPECT_EQ(GeneralConfiguration::GetRootDirectory(), "/prod/");
+
+    using G = GeneralConfiguration;
+    const std::pair<std::string (*)(), const char*> getters[] = {
+        {G::GetBannersDirectory, "banners"}, {G::GetBinDirectory, "bin"}, {G::GetDBDirectory, "db"},
+        {G::GetConfigurationDirectory, "configuration"}, {G::GetDdfpageDirectory, "ddfpage"},
+        {G::GetDefinitionsDirectory, "definitions"}, {G::GetDocumentationDirectory, "documentation"},
+        {G::GetDriversDirectory, "drivers"}, {G::GetExamplesDirectory, "examples"}, {G::GetLogDirectory, "log"},
+        {G::GetMessagesDirectory, "messages"},
+        {G::GetMonitorDirectory, "monitor"}, {G::GetRecipientDirectory, "recipient"}, {G::GetTmpDirectory, "tmp"},
+    };
+    for (const auto& [getter, name] : getters) EXPECT_EQ(getter(), std::string("/prod/") + name + "/");
+
+    // A value that already ends in "/" gets no second one.
+    setenv("OSL_ROOT_C", "/opt/app/", 1);
+    GeneralConfiguration::Init("OSL_ROOT_C");
+    EXPECT_EQ(GeneralConfiguration::GetRootDirectory(), "/opt/app/");
+    EXPECT_EQ(GeneralConfiguration::GetTmpDirectory(), "/opt/app/tmp/");
+}
+
+TEST_F(GeneralConfigurationTest, NoUsableVariableThrowsTwoAndKeepsTheRoot) {
+    setenv("OSL_ROOT_A", "/kept", 1);
+    GeneralConfiguration::Init("OSL_ROOT_A");
+    setenv("OSL_ROOT_B", "", 1);
+    setenv("OSL_ROOT_C", "/never", 1);
+    // None set, an empty list, the first set one empty.
+    const std::vector<std::string> cases[] = {
+        {"OSL_ROOT_X", "OSL_ROOT_Y"}, {}, {"OSL_ROOT_X", "OSL_ROOT_B", "OSL_ROOT_C"}};
+    for (const std::vector<std::string>& names : cases) {
+        SCOPED_TRACE(names.size());
+        EXPECT_EQ(thrownInt([&] { GeneralConfiguration::Init(names); }), 2);
+        EXPECT_EQ(GeneralConfiguration::GetRootDirectory(), "/kept/");
+    }
+    EXPECT_EQ(thrownInt([] { GeneralConfiguration::Init("OSL_ROOT_X"); }), 2);
+}
+
+TEST_F(GeneralConfigurationTest, FixedDirectoryPathEndsInOneSlash) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "/"}, {"/", "/"}, {"a", "a/"}, {"/a/b/", "/a/b/"}, {"a\\", "a\\/"}, {"a//", "a//"}};
+    for (const auto& [path, fixed] : cases) EXPECT_EQ(GeneralConfiguration::GetFixedDirectoryPath(path), fixed) << path;
 }
 
 }  // namespace
