@@ -49,11 +49,7 @@ TEST_F(OslFileTest, FailuresCarryTheErrno) {
     writeFile(path("file"), "x");
     fs::create_directory(path("dir"));
     fs::create_symlink(path("victim"), path("planted"));
-    const struct {
-        const char* trace;
-        std::function<void()> action;
-        long code;
-    } cases[] = {
+    const struct { const char* trace; std::function<void()> action; long code; } cases[] = {
         {"open missing", [&] { Osl_File(path("missing"), Osl_File::mode_read); }, ENOENT},
         {"open directory for writing", [&] { Osl_File(path("dir"), Osl_File::mode_write); }, EISDIR},
         {"exclusive create of an existing name",
@@ -140,9 +136,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     writeFile(real, "old");
     ::chmod(real.c_str(), 0640);
     const bool root = ::geteuid() == 0;
-    if (root) {
-        ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0);
-    }
+    if (root) ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0);
     fs::create_symlink("real.ini", path("link.ini"));
     writeFile(path("victim"), "untouched");
     for (int n = 1; n <= 3; ++n) fs::create_symlink(path("victim"), real + ".tmp" + std::to_string(n));
@@ -154,10 +148,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     EXPECT_EQ(readFile(path("victim")), "untouched");
     const Osl_IO_Status status(real);
     EXPECT_EQ(status.permissions(), 0640u);
-    if (root) {
-        EXPECT_EQ(status.owner(), 65534u);
-        EXPECT_EQ(status.group(), 65534u);
-    }
+    if (root) EXPECT_EQ(std::make_pair(status.owner(), status.group()), std::make_pair(65534u, 65534u));
     EXPECT_EQ(Osl_Directory::list(dir_.path().string(), "real.ini*").size(), 4u);  // the file and the 3 planted links
 }
 
@@ -193,8 +184,7 @@ TEST_F(OslFileTest, DirectoriesListAndSearchWithWildcards) {
     std::string name;
     FHANDLE handle = OslFindFirstFile(dir_.path().string(), "?.*", name);
     ASSERT_NE(handle, nullptr);
-    do found.insert(name);
-    while (OslFindNextFile(handle, name));
+    for (found.insert(name); OslFindNextFile(handle, name);) found.insert(name);
     OslFindClose(handle);
     EXPECT_EQ(found, (std::set<std::string>{"a.txt", "b.txt", "A.TXT", "c.csv"}));
     errno = 0;
@@ -224,9 +214,7 @@ TEST_F(OslFileTest, StatusReportsTypeSizeOwnerAndBits) {
         SCOPED_TRACE(c.path);
         const Osl_IO_Status status(c.path, c.follow);
         EXPECT_EQ(status.type(), c.type);
-        if (c.type != Osl_IO_Status::Type::directory) {
-            EXPECT_EQ(status.size(), c.size);
-        }
+        if (c.type != Osl_IO_Status::Type::directory) EXPECT_EQ(status.size(), c.size);
     }
     const Osl_IO_Status status(path("f"));
     EXPECT_EQ(status.permissions_text(), "rwsr-xr--");

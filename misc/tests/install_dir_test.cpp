@@ -40,25 +40,17 @@ TEST(InstallDirTest, TempPathIsTmpdirWithAFinalSlashElseTmp) {
 }
 
 TEST(InstallationRootTest, CutAtTheLastBinElseTheParentOfTheModuleDirectory) {
-    struct Case {
-        const char* modulePath;
-        const char* root;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"/opt/app/bin/libvum-qib-osl.so", "/opt/app/"},
         {"/opt/bin/app/bin/libvum-qib-osl.so.0", "/opt/bin/app/"},
-        {"/opt/app/lib/libvum-qib-osl.so", "/opt/app/"},
         {"/srv/robin/lib/libvum-qib-osl.so", "/srv/ro"},  // the cut is by text
         {"/lib/libvum-qib-osl.so", "/"},
-        {"/libvum-qib-osl.so", "/"},
         {"lib/libvum-qib-osl.so", "./"},
         {"libvum-qib-osl.so", "../"},
         {"", ""},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.modulePath);
-        EXPECT_EQ(osl::detail::installationRootFromModulePath(c.modulePath), c.root);
-    }
+    for (const auto& [modulePath, root] : cases)
+        EXPECT_EQ(osl::detail::installationRootFromModulePath(modulePath), root) << modulePath;
 }
 
 TEST(InstallationRootTest, TheModulePathIsTheFileHoldingTheLibrary) {

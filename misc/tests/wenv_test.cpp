@@ -64,37 +64,24 @@ TEST_F(WEnvTest, StatusesValuesAndRemovalInEveryFamily) {
     }
 }
 
-TEST_F(WEnvTest, TheEntryNameEndsAtTheFirstEquals) {
-    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=in", "value"), 0);
-    std::string value;
-    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
-    EXPECT_EQ(value, "in=value");
-    // The entry "OSL_WENV_B==" sets the value "=", it does not remove the variable.
-    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=", ""), 0);
-    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
-    EXPECT_EQ(value, "=");
-}
-
-TEST_F(WEnvTest, RefusedEntriesReturnFailureAndChangeNothing) {
-    struct Case {
-        const char* trace;
-        std::string name;
-        std::string value;
-    };
-    const Case cases[] = {
-        {"empty name", "", "x"},
-        {"name is only the equals", "=x", "y"},
-        {"NUL in name", std::string("OSL_WENV_C\0D", 12), "x"},
-        {"NUL in value", "OSL_WENV_C", std::string("a\0b", 3)},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.trace);
-        EXPECT_EQ(WEnv::WPutEnv(c.name, c.value), -1);
+TEST_F(WEnvTest, RefusedEntriesChangeNothingAndTheNameEndsAtTheFirstEquals) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "x"}, {"=x", "y"}, {std::string("OSL_WENV_C\0D", 12), "x"}, {"OSL_WENV_C", std::string("a\0b", 3)}};
+    for (const auto& [name, value] : cases) {
+        SCOPED_TRACE(name + "=" + value);
+        EXPECT_EQ(WEnv::WPutEnv(name, value), -1);
         EXPECT_EQ(std::getenv("OSL_WENV_C"), nullptr);
     }
     std::string value = "stale";
     EXPECT_EQ(WEnv::WGetEnv("", value), WEnv::EnvNotSet);
     EXPECT_EQ(WEnv::WGetEnv("A=B", value), WEnv::EnvNotSet);
+    // The entry name ends at the first equals; "OSL_WENV_B==" sets "=", it removes nothing.
+    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=in", "value"), 0);
+    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
+    EXPECT_EQ(value, "in=value");
+    EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=", ""), 0);
+    EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
+    EXPECT_EQ(value, "=");
 }
 
 TEST_F(WEnvTest, ListAppendsEveryEntrySplitAtTheFirstEquals) {
