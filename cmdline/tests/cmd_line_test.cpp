@@ -23,13 +23,11 @@ TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
     struct Case { const char* text; Tokens expected; };
     const Case cases[] = {
         {"-out=file.txt in", {{CmdLine::tkOption, "Out"}, {CmdLine::tkValue, "file.txt"}, {CmdLine::tkWord, "in"}}},
-        {"-name", {{CmdLine::tkOption, "Name"}}},
-        {"--x", {{CmdLine::tkOption, "-x"}}},
+        {"-name", {{CmdLine::tkOption, "Name"}}}, {"--x", {{CmdLine::tkOption, "-x"}}},
         {"= v", {{CmdLine::tkValue, "v"}}},
         {"a=b", {{CmdLine::tkWord, "a"}, {CmdLine::tkValue, "b"}}},
         {"a-b \t- c", {{CmdLine::tkWord, "a-b"}, {CmdLine::tkOption, "C"}}},
-        {"", {}},
-        {" \t ", {}},
+        {"", {}}, {" \t ", {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);

@@ -42,16 +42,11 @@ TestLine initWide(std::vector<std::u16string> args) {
 TEST(QIBCommandLineTest, InitJoinsOptionsWithTheirValues) {
     struct Case { Strings args; Strings pending; };
     const Case cases[] = {
-        {{"prog", "-OUT", "=", "file"}, {"-OUT=file"}},
-        {{"prog", "-OUT=", "file"}, {"-OUT=file"}},
-        {{"prog", "-OUT", "file"}, {"-OUT", "file"}},
-        {{"prog", "-x", "=", "-1"}, {"-x", "=", "-1"}},
-        {{"prog", "-x=", "-y"}, {"-x=", "-y"}},
-        {{"prog", "-x", "=v"}, {"-x=v"}},
-        {{"prog", "-x", "=v", "w"}, {"-x", "=v", "w"}},
-        {{"prog", "-x", "="}, {"-x="}},
-        {{"prog", "-a=1", "=2"}, {"-a=1", "=2"}},
-        {{"prog", "", "-a"}, {"-a"}},
+        {{"prog", "-OUT", "=", "file"}, {"-OUT=file"}}, {{"prog", "-OUT=", "file"}, {"-OUT=file"}},
+        {{"prog", "-OUT", "file"}, {"-OUT", "file"}},     {{"prog", "-x", "=", "-1"}, {"-x", "=", "-1"}},
+        {{"prog", "-x=", "-y"}, {"-x=", "-y"}},           {{"prog", "-x", "=v"}, {"-x=v"}},
+        {{"prog", "-x", "=v", "w"}, {"-x", "=v", "w"}},   {{"prog", "-x", "="}, {"-x="}},
+        {{"prog", "-a=1", "=2"}, {"-a=1", "=2"}},         {{"prog", "", "-a"}, {"-a"}},
         {{"prog"}, {}},
     };
     for (const Case& c : cases) {

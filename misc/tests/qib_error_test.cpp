@@ -15,12 +15,8 @@ std::string oneLine(const QIBError& e) {
 
 TEST(QIBErrorTest, ConstructionRulesForTextAndWhereAndTheDefault) {
     struct Case {
-        std::string text;
-        long code, severity;
-        std::string where;
-        long line;
-        std::string wantText, wantWhere;
-        bool infoOnly;
+        std::string text; long code, severity; std::string where; long line;  // what is given
+        std::string wantText, wantWhere; bool infoOnly;                       // what comes out
     };
     const Case cases[] = {
         {"", 5, 0, "m", 0, "", "m", false},      // empty text survives a non-zero code
@@ -49,7 +45,8 @@ TEST(QIBErrorTest, ConstructionRulesForTextAndWhereAndTheDefault) {
 TEST(QIBErrorTest, EqualityIgnoresWhere) {
     const QIBError e("t", 1, 12, "a", 1);
     EXPECT_TRUE(e == QIBError("t", 1, 12, "b", 2));
-    for (const QIBError& other : {QIBError("t", 2, 12, "a", 1), QIBError("t", 1, 8, "a", 1), QIBError("u", 1, 12, "a", 1)})
+    for (const QIBError& other :
+         {QIBError("t", 2, 12, "a", 1), QIBError("t", 1, 8, "a", 1), QIBError("u", 1, 12, "a", 1)})
         EXPECT_FALSE(e == other) << other.What() << other.Code() << other.Severity();
 }
 
