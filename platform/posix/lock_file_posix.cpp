@@ -89,8 +89,4 @@ std::error_code ensureSharedDirectory(const std::string& path) {
     return {};
 }
 
-void registerForkHandlers(void (*prepare)(), void (*parent)(), void (*child)()) {
-    ::pthread_atfork(prepare, parent, child);
-}
-
 }  // namespace osl::platform
