@@ -132,7 +132,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     writeFile(real, "old");
     ::chmod(real.c_str(), 0640);
     const bool root = ::geteuid() == 0;
-    if (root) ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0);
+    if (root) { ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0); }
     fs::create_symlink("real.ini", path("link.ini"));
     writeFile(path("victim"), "untouched");
     for (int n = 1; n <= 3; ++n) fs::create_symlink(path("victim"), real + ".tmp" + std::to_string(n));
@@ -144,7 +144,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     EXPECT_EQ(readFile(path("victim")), "untouched");
     const Osl_IO_Status status(real);
     EXPECT_EQ(status.permissions(), 0640u);
-    if (root) EXPECT_EQ(std::make_pair(status.owner(), status.group()), std::make_pair(65534u, 65534u));
+    if (root) { EXPECT_EQ(std::pair(status.owner(), status.group()), std::pair(65534u, 65534u)); }
     EXPECT_EQ(Osl_Directory::list(dir_.path().string(), "real.ini*").size(), 4u);  // the file and the 3 planted links
 }
 
@@ -203,7 +203,7 @@ TEST_F(OslFileTest, StatusReportsTypeSizeOwnerAndBits) {
         SCOPED_TRACE(c.path);
         const Osl_IO_Status status(c.path, c.follow);
         EXPECT_EQ(status.type(), c.type);
-        if (c.type != T::directory) EXPECT_EQ(status.size(), c.size);
+        if (c.type != T::directory) { EXPECT_EQ(status.size(), c.size); }
     }
     const Osl_IO_Status status(path("f"));
     EXPECT_EQ(status.permissions_text(), "rwsr-xr--");

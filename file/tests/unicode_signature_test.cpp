@@ -49,7 +49,7 @@ TEST(SignatureTest, DetectionOnRealFilesThroughBothForms) {
         std::ifstream in(path, std::ios::binary);
         EXPECT_EQ(Osl_Ifstream_SkipSignature(in), c.streamKind);
         EXPECT_EQ(in.fail(), c.streamFailed);
-        if (!c.streamFailed) EXPECT_EQ(in.get(), c.nextByte);
+        if (!c.streamFailed) { EXPECT_EQ(in.get(), c.nextByte); }
     }
 }
 
