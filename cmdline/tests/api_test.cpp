@@ -6,8 +6,6 @@
 
 #include <sstream>
 
-namespace {
-
 TEST(CmdlineApiTest, ClassesAreReachableThroughTheSharedLibrary) {
     char prog[] = "prog", out[] = "-out=", file[] = "f";
     char* argv[] = {prog, out, file};
@@ -25,5 +23,3 @@ TEST(CmdlineApiTest, ClassesAreReachableThroughTheSharedLibrary) {
     std::ostringstream usage;
     EXPECT_TRUE(DisplayUsage(usage, "prog", ""));
 }
-
-}  // namespace

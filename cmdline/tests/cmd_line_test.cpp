@@ -20,19 +20,14 @@ Tokens scan(CmdLine& line, bool compact = false) {
 }
 
 TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
-    struct Case {
-        const char* text;
-        Tokens expected;
-    };
+    struct Case { const char* text; Tokens expected; };
     const Case cases[] = {
         {"-out=file.txt in", {{CmdLine::tkOption, "Out"}, {CmdLine::tkValue, "file.txt"}, {CmdLine::tkWord, "in"}}},
-        {"-name", {{CmdLine::tkOption, "Name"}}},
-        {"--x", {{CmdLine::tkOption, "-x"}}},
+        {"-name", {{CmdLine::tkOption, "Name"}}}, {"--x", {{CmdLine::tkOption, "-x"}}},
         {"= v", {{CmdLine::tkValue, "v"}}},
         {"a=b", {{CmdLine::tkWord, "a"}, {CmdLine::tkValue, "b"}}},
         {"a-b \t- c", {{CmdLine::tkWord, "a-b"}, {CmdLine::tkOption, "C"}}},
-        {"", {}},
-        {" \t ", {}},
+        {"", {}}, {" \t ", {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
@@ -48,16 +43,6 @@ TEST(CmdLineTest, ArgumentsAreJoinedWithLeadingBlanks) {
     CmdLine line(3, argv);
     EXPECT_STREQ(line.GetLine(), " -a b");
     EXPECT_EQ(scan(line), (Tokens{{CmdLine::tkOption, "A"}, {CmdLine::tkWord, "b"}}));
-}
-
-TEST(CmdLineTest, EndIsStickyUntilReset) {
-    CmdLine line("w");
-    scan(line);
-    EXPECT_EQ(line.NextToken(false), CmdLine::tkEnd);
-    EXPECT_EQ(line.NextToken(true), CmdLine::tkEnd);
-    line.Reset();
-    EXPECT_EQ(line.NextToken(false), CmdLine::tkWord);
-    EXPECT_STREQ(line.CurrentToken(), "w");
 }
 
 TEST(CmdLineTest, CompactingRemovesConsumedTokens) {
@@ -85,17 +70,20 @@ TEST(CmdLineTest, LongTokensAreCutTo499Characters) {
     EXPECT_STREQ(line.CurrentToken(), "next");
 }
 
-TEST(CmdLineTest, CopiesScanOnFromTheSamePlace) {
+TEST(CmdLineTest, EndIsStickyUntilResetAndCopiesScanOnFromTheSamePlace) {
     CmdLine line("a b c");
     line.NextToken(false);
     CmdLine copy("x");
     copy = line;
-    EXPECT_EQ(copy.NextToken(false), CmdLine::tkWord);
-    EXPECT_STREQ(copy.CurrentToken(), "b");
+    EXPECT_EQ(scan(copy), (Tokens{{CmdLine::tkWord, "b"}, {CmdLine::tkWord, "c"}}));
+    EXPECT_EQ(copy.NextToken(true), CmdLine::tkEnd);
     EXPECT_EQ(line.NextToken(false), CmdLine::tkWord);
     EXPECT_STREQ(line.CurrentToken(), "b");
-    CmdLine constructed(copy);
+    CmdLine constructed(line);
     EXPECT_EQ(scan(constructed), (Tokens{{CmdLine::tkWord, "c"}}));
+    constructed.Reset();
+    EXPECT_EQ(constructed.NextToken(false), CmdLine::tkWord);
+    EXPECT_STREQ(constructed.CurrentToken(), "a");
 }
 
 }  // namespace

@@ -12,8 +12,10 @@ TEST(FileApiTest, ExportedFromTheSharedLibrary) {
     EXPECT_EQ(Osl_Ifstream_SkipSignature(in), 2);
     EXPECT_EQ(Osl_FILE_SkipSignature(nullptr), 0);
     EXPECT_EQ(Osl_Fopen(nullptr, "r"), nullptr);
-    EXPECT_EQ(UTF8_Header[0], '\xEF');
-    EXPECT_EQ(UNICODE_BE_Header[1], '\xFF');
+    // The signature bytes, zero padded.
+    EXPECT_EQ(std::string(UTF8_Header, 4), std::string("\xEF\xBB\xBF\0", 4));
+    EXPECT_EQ(std::string(UNICODE_Header, 4), std::string("\xFF\xFE\0\0", 4));
+    EXPECT_EQ(std::string(UNICODE_BE_Header, 4), std::string("\xFE\xFF\0\0", 4));
     Osl_Fstream f;
     Osl_Ifstream i("/nonexistent/file");
     Osl_Ofstream o;

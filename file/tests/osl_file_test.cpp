@@ -49,11 +49,7 @@ TEST_F(OslFileTest, FailuresCarryTheErrno) {
     writeFile(path("file"), "x");
     fs::create_directory(path("dir"));
     fs::create_symlink(path("victim"), path("planted"));
-    const struct {
-        const char* trace;
-        std::function<void()> action;
-        long code;
-    } cases[] = {
+    const struct { const char* trace; std::function<void()> action; long code; } cases[] = {
         {"open missing", [&] { Osl_File(path("missing"), Osl_File::mode_read); }, ENOENT},
         {"open directory for writing", [&] { Osl_File(path("dir"), Osl_File::mode_write); }, EISDIR},
         {"exclusive create of an existing name",
@@ -85,10 +81,9 @@ TEST_F(OslFileTest, NamesThatDoNotConvertAreRefusedNotShortened) {
     for (const std::string& name : bad) {
         SCOPED_TRACE(name);
         EXPECT_FALSE(Osl_FileSystemName(name, native));
-        EXPECT_EQ(errorCode([&] { Osl_File(path(name), Osl_File::mode_write | Osl_File::mode_create); }),
-                  name.find('\0') == std::string::npos ? EILSEQ : EINVAL);
-        EXPECT_EQ(errorCode([&] { Osl_File_System::replace(path(name), "x"); }),
-                  name.find('\0') == std::string::npos ? EILSEQ : EINVAL);
+        const long want = name.find('\0') == std::string::npos ? EILSEQ : EINVAL;
+        EXPECT_EQ(errorCode([&] { Osl_File(path(name), Osl_File::mode_write | Osl_File::mode_create); }), want);
+        EXPECT_EQ(errorCode([&] { Osl_File_System::replace(path(name), "x"); }), want);
     }
     EXPECT_TRUE(fs::is_empty(dir_.path()));
 }
@@ -117,18 +112,15 @@ TEST_F(OslFileTest, LocksAreSeenByFlockCommand) {
     auto flockCommandGets = [&](const char* kind) {
         return std::system(("flock -n " + std::string(kind) + " " + name + " true").c_str()) == 0;
     };
-    const struct {
-        Osl_File::LockKind held;
-        bool sharedOthers, exclusiveOthers;
-    } cases[] = {{Osl_File::LockKind::exclusive, false, false}, {Osl_File::LockKind::shared, true, false}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.held == Osl_File::LockKind::shared ? "shared" : "exclusive");
-        file.lock(c.held);
-        EXPECT_EQ(flockCommandGets("-s"), c.sharedOthers);
-        EXPECT_EQ(flockCommandGets("-x"), c.exclusiveOthers);
+    for (const auto kind : {Osl_File::LockKind::exclusive, Osl_File::LockKind::shared}) {
+        const bool shared = kind == Osl_File::LockKind::shared;
+        SCOPED_TRACE(shared ? "shared" : "exclusive");
+        file.lock(kind);
+        EXPECT_EQ(flockCommandGets("-s"), shared);
+        EXPECT_FALSE(flockCommandGets("-x"));
         Osl_File other(name, Osl_File::mode_read);
-        EXPECT_EQ(other.try_lock(Osl_File::LockKind::exclusive), false);
-        EXPECT_EQ(other.try_lock(Osl_File::LockKind::shared), c.sharedOthers);
+        EXPECT_FALSE(other.try_lock(Osl_File::LockKind::exclusive));
+        EXPECT_EQ(other.try_lock(Osl_File::LockKind::shared), shared);
         other.close();
         file.unlock();
         EXPECT_TRUE(flockCommandGets("-x"));
@@ -140,9 +132,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     writeFile(real, "old");
     ::chmod(real.c_str(), 0640);
     const bool root = ::geteuid() == 0;
-    if (root) {
-        ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0);
-    }
+    if (root) { ASSERT_EQ(::chown(real.c_str(), 65534, 65534), 0); }
     fs::create_symlink("real.ini", path("link.ini"));
     writeFile(path("victim"), "untouched");
     for (int n = 1; n <= 3; ++n) fs::create_symlink(path("victim"), real + ".tmp" + std::to_string(n));
@@ -154,10 +144,7 @@ TEST_F(OslFileTest, ReplaceKeepsModeOwnerAndSymlinkAndIgnoresPlantedNames) {
     EXPECT_EQ(readFile(path("victim")), "untouched");
     const Osl_IO_Status status(real);
     EXPECT_EQ(status.permissions(), 0640u);
-    if (root) {
-        EXPECT_EQ(status.owner(), 65534u);
-        EXPECT_EQ(status.group(), 65534u);
-    }
+    if (root) { EXPECT_EQ(std::pair(status.owner(), status.group()), std::pair(65534u, 65534u)); }
     EXPECT_EQ(Osl_Directory::list(dir_.path().string(), "real.ini*").size(), 4u);  // the file and the 3 planted links
 }
 
@@ -193,8 +180,7 @@ TEST_F(OslFileTest, DirectoriesListAndSearchWithWildcards) {
     std::string name;
     FHANDLE handle = OslFindFirstFile(dir_.path().string(), "?.*", name);
     ASSERT_NE(handle, nullptr);
-    do found.insert(name);
-    while (OslFindNextFile(handle, name));
+    for (found.insert(name); OslFindNextFile(handle, name);) found.insert(name);
     OslFindClose(handle);
     EXPECT_EQ(found, (std::set<std::string>{"a.txt", "b.txt", "A.TXT", "c.csv"}));
     errno = 0;
@@ -208,25 +194,16 @@ TEST_F(OslFileTest, StatusReportsTypeSizeOwnerAndBits) {
     writeFile(path("f"), "12345");
     ::chmod(path("f").c_str(), 04754);
     fs::create_symlink("f", path("l"));
-    const struct {
-        std::string path;
-        bool follow;
-        Osl_IO_Status::Type type;
-        std::uint64_t size;
-    } cases[] = {
-        {path("f"), true, Osl_IO_Status::Type::regular, 5},
-        {path("l"), true, Osl_IO_Status::Type::regular, 5},
-        {path("l"), false, Osl_IO_Status::Type::symlink, 1},
-        {dir_.path().string(), true, Osl_IO_Status::Type::directory, 0},
-        {path("missing"), true, Osl_IO_Status::Type::none, 0},
+    using T = Osl_IO_Status::Type;
+    const struct { std::string path; bool follow; T type; std::uint64_t size; } cases[] = {
+        {path("f"), true, T::regular, 5}, {path("l"), true, T::regular, 5}, {path("l"), false, T::symlink, 1},
+        {dir_.path().string(), true, T::directory, 0}, {path("missing"), true, T::none, 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
         const Osl_IO_Status status(c.path, c.follow);
         EXPECT_EQ(status.type(), c.type);
-        if (c.type != Osl_IO_Status::Type::directory) {
-            EXPECT_EQ(status.size(), c.size);
-        }
+        if (c.type != T::directory) { EXPECT_EQ(status.size(), c.size); }
     }
     const Osl_IO_Status status(path("f"));
     EXPECT_EQ(status.permissions_text(), "rwsr-xr--");

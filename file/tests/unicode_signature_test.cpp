@@ -1,8 +1,6 @@
 // file/tests/unicode_signature_test.cpp
 #include <vum-qib-osl/file/unicode_signature.h>
 
-#include <vum-qib-osl/strings/unicode_configuration.h>
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,44 +8,38 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 using osl::test::readFile;
 using osl::test::TempDir;
-using osl::test::writeFile;
-
-struct SignatureCase {
-    const char* trace;
-    std::string bytes;
-    int fileKind;    // Osl_FILE_SkipSignature
-    int streamKind;  // Osl_Ifstream_SkipSignature
-    int nextByte;    // read after the FILE* skip; EOF at the end
-    bool streamFailed;
-};
-
-const SignatureCase kCases[] = {
-    {"UTF-8 then text", "\xEF\xBB\xBF" "A", 1, 1, 'A', false},
-    {"UTF-8 signature alone", "\xEF\xBB\xBF", 1, 1, EOF, false},
-    {"UTF-16LE", std::string("\xFF\xFE" "A\0", 4), 2, 2, 'A', false},
-    {"UTF-16BE", std::string("\xFE\xFF\0A", 4), 3, 3, 0, false},
-    {"UTF-16BE, three bytes", "\xFE\xFF\xFE", 3, 3, 0xFE, false},
-    {"incomplete UTF-8 signature", "\xEF\xBB" "A", 0, 0, 0xEF, false},
-    {"no signature", "plain text", 0, 0, 'p', false},
-    {"UTF-16LE signature alone: the deliberate difference", "\xFF\xFE", 2, 0, EOF, true},
-    {"two plain bytes", "AB", 0, 0, 'A', true},
-    {"one byte", "\xFF", 0, 0, 0xFF, true},
-    {"empty file", "", 0, 0, EOF, true},
-};
 
 TEST(SignatureTest, DetectionOnRealFilesThroughBothForms) {
+    struct Case {
+        const char* trace;
+        std::string bytes;
+        int fileKind, streamKind;  // Osl_FILE_SkipSignature, Osl_Ifstream_SkipSignature
+        int nextByte;              // read after the FILE* skip; EOF at the end
+        bool streamFailed;
+    };
+    const Case cases[] = {
+        {"UTF-8 then text", "\xEF\xBB\xBF" "A", 1, 1, 'A', false},
+        {"UTF-8 signature alone", "\xEF\xBB\xBF", 1, 1, EOF, false},
+        {"UTF-16LE", std::string("\xFF\xFE" "A\0", 4), 2, 2, 'A', false},
+        {"UTF-16BE, three bytes", "\xFE\xFF\xFE", 3, 3, 0xFE, false},
+        {"incomplete UTF-8 signature", "\xEF\xBB" "A", 0, 0, 0xEF, false},
+        {"no signature", "plain text", 0, 0, 'p', false},
+        {"UTF-16LE signature alone: the deliberate difference", "\xFF\xFE", 2, 0, EOF, true},
+        {"one byte", "\xFF", 0, 0, 0xFF, true},
+        {"empty file", "", 0, 0, EOF, true},
+    };
     TempDir dir;
-    for (const SignatureCase& c : kCases) {
+    const std::string path = dir.file("f.txt");
+    for (const Case& c : cases) {
         SCOPED_TRACE(c.trace);
-        const std::string path = dir.file("f.txt");
-        writeFile(path, c.bytes);
-
+        osl::test::writeFile(path, c.bytes);
         FILE* file = std::fopen(path.c_str(), "rb");
         ASSERT_NE(file, nullptr);
         EXPECT_EQ(Osl_FILE_SkipSignature(file), c.fileKind);
@@ -57,17 +49,14 @@ TEST(SignatureTest, DetectionOnRealFilesThroughBothForms) {
         std::ifstream in(path, std::ios::binary);
         EXPECT_EQ(Osl_Ifstream_SkipSignature(in), c.streamKind);
         EXPECT_EQ(in.fail(), c.streamFailed);
-        if (!c.streamFailed) {
-            EXPECT_EQ(in.get(), c.nextByte);
-        }
+        if (!c.streamFailed) { EXPECT_EQ(in.get(), c.nextByte); }
     }
 }
 
 TEST(SignatureTest, DetectionStartsAtTheCurrentPosition) {
     TempDir dir;
-    const std::string path = dir.file("f.txt");
-    writeFile(path, "xy\xEF\xBB\xBFz");
-    FILE* file = std::fopen(path.c_str(), "rb");
+    osl::test::writeFile(dir.file("f"), "xy\xEF\xBB\xBFz");
+    FILE* file = std::fopen(dir.file("f").c_str(), "rb");
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(Osl_FILE_SkipSignature(file), 0);  // at "xy"
     EXPECT_EQ(std::ftell(file), 0);
@@ -92,45 +81,21 @@ TEST(SignatureTest, AnUnseekableFileLosesNoBytes) {
     EXPECT_EQ(Osl_FILE_SkipSignature(file), 0);
     EXPECT_EQ(std::fgetc(file), 0xEF);
     std::fclose(file);
-    EXPECT_EQ(Osl_FILE_SkipSignature(nullptr), 0);
 }
 
-TEST(SignatureTest, ExportedHeadersAreTheSignatureBytesZeroPadded) {
-    EXPECT_EQ(std::string(UTF8_Header, 4), std::string("\xEF\xBB\xBF\0", 4));
-    EXPECT_EQ(std::string(UNICODE_Header, 4), std::string("\xFF\xFE\0\0", 4));
-    EXPECT_EQ(std::string(UNICODE_BE_Header, 4), std::string("\xFE\xFF\0\0", 4));
-}
-
-class OslFopenTest : public ::testing::Test {
-protected:
-    void TearDown() override {
-        Osl_UnicodeConfiguration::SetUnicodeMode(false);
-        Osl_UnicodeConfiguration::SetOSFileSystemNativeEncoding(savedFsEncoding_);
-    }
-    TempDir dir_;
-    std::string savedFsEncoding_ = Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding();
-};
-
-TEST_F(OslFopenTest, FileNamesByModeAndFileSystemEncoding) {
-    const std::string utf8Name = dir_.file("caf\xC3\xA9.txt");
-    const std::string latin1Name = dir_.file("caf\xE9.txt");
-    struct Case {
-        const char* trace;
-        bool unicode;
-        const char* fsEncoding;
-        std::string given;
-        std::string created;
-    };
+TEST(OslFopenTest, FileNamesByModeAndFileSystemEncodingAndFailures) {
+    TempDir dir;
+    const std::string utf8Name = dir.file("caf\xC3\xA9.txt"), latin1Name = dir.file("caf\xE9.txt");
+    struct Case { bool unicode; const char* fsEncoding; std::string given, created; };
     const Case cases[] = {
-        {"legacy: bytes unchanged", false, "UTF-8", latin1Name, latin1Name},
-        {"legacy ignores the file-system encoding", false, "Latin1", utf8Name, utf8Name},
-        {"Unicode, UTF-8 file system", true, "UTF-8", utf8Name, utf8Name},
-        {"Unicode, Latin-1 file system", true, "Latin1", utf8Name, latin1Name},
+        {false, "UTF-8", latin1Name, latin1Name},  // legacy: bytes unchanged
+        {false, "Latin1", utf8Name, utf8Name},     // legacy ignores the file-system encoding
+        {true, "UTF-8", utf8Name, utf8Name},
+        {true, "Latin1", utf8Name, latin1Name},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.trace);
-        Osl_UnicodeConfiguration::SetUnicodeMode(c.unicode);
-        Osl_UnicodeConfiguration::SetOSFileSystemNativeEncoding(c.fsEncoding);
+        SCOPED_TRACE(std::string(c.unicode ? "Unicode, " : "legacy, ") + c.fsEncoding);
+        osl::test::ScopedUnicodeMode mode(c.unicode, "MS1252", c.fsEncoding);
         FILE* file = Osl_Fopen(c.given.c_str(), "wb");
         ASSERT_NE(file, nullptr);
         std::fputs("x", file);
@@ -138,18 +103,15 @@ TEST_F(OslFopenTest, FileNamesByModeAndFileSystemEncoding) {
         EXPECT_EQ(readFile(c.created), "x");
         std::remove(c.created.c_str());
     }
-}
-
-TEST_F(OslFopenTest, FailuresReturnNullWithErrno) {
     errno = 0;
-    EXPECT_EQ(Osl_Fopen(dir_.file("missing").c_str(), "rb"), nullptr);
+    EXPECT_EQ(Osl_Fopen(dir.file("missing").c_str(), "rb"), nullptr);
     EXPECT_EQ(errno, ENOENT);
     errno = 0;
     EXPECT_EQ(Osl_Fopen(nullptr, "rb"), nullptr);
     EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(Osl_Fopen(dir_.file("x").c_str(), nullptr), nullptr);
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
-    EXPECT_EQ(Osl_Fopen(dir_.file("missing").c_str(), "rb"), nullptr);
+    EXPECT_EQ(Osl_Fopen(dir.file("x").c_str(), nullptr), nullptr);
+    osl::test::ScopedUnicodeMode unicode(true);
+    EXPECT_EQ(Osl_Fopen(dir.file("missing").c_str(), "rb"), nullptr);
 }
 
 }  // namespace

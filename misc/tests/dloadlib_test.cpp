@@ -25,18 +25,6 @@ public:
     using OslLoadlibrary::FormatNtError;
 };
 
-TEST(OslLoadlibraryTest, ResolvesFunctionsAndDataOfALoadedLibrary) {
-    OslLoadlibrary lib;
-    lib.loadLibrary(OSL_TEST_PLUGIN_PATH);
-    auto answer = reinterpret_cast<int (*)(int)>(lib.getProcAddress("osl_test_plugin_answer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(20), 41);
-    EXPECT_STREQ(static_cast<const char*>(lib.getProcAddress("osl_test_plugin_name")), "test_plugin");
-    lib.freeLibrary();
-    lib.freeLibrary();  // harmless the second time
-    EXPECT_EQ(thrownBy([&] { lib.getProcAddress("osl_test_plugin_answer"); }).Code(), 1);
-}
-
 TEST(OslLoadlibraryTest, FailuresCarryThePublishedTextCodeSeverityAndWhere) {
     OslLoadlibrary notLoaded;
     const QIBError noLibrary = thrownBy([&] { notLoaded.getProcAddress("x"); });
@@ -65,7 +53,7 @@ TEST(OslLoadlibraryTest, FailuresCarryThePublishedTextCodeSeverityAndWhere) {
     EXPECT_EQ(noSymbol.Where(), "misc\\src\\dloadlib 76");
 }
 
-TEST(OslLoadlibraryTest, BadFilesAndNamesFailAndLeaveNoLibrary) {
+TEST(OslLoadlibraryTest, ResolvesAndFreesAndBadFilesAndNamesLeaveNoLibrary) {
     OslLoadlibrary lib;
     const QIBError notElf = thrownBy([&] { lib.loadLibrary(OSL_SOURCE_DIR "/CMakeLists.txt"); });
     EXPECT_EQ(notElf.Code(), -1);  // no errno for a file that is no library
@@ -74,18 +62,25 @@ TEST(OslLoadlibraryTest, BadFilesAndNamesFailAndLeaveNoLibrary) {
     EXPECT_EQ(thrownBy([&] { lib.loadLibrary(withNul); }).Where(), "misc\\src\\dloadlib 38");
 
     lib.loadLibrary(OSL_TEST_PLUGIN_PATH);
+    auto answer = reinterpret_cast<int (*)(int)>(lib.getProcAddress("osl_test_plugin_answer"));
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer(20), 41);
+    EXPECT_STREQ(static_cast<const char*>(lib.getProcAddress("osl_test_plugin_name")), "test_plugin");
     const std::string symbolWithNul("osl_test_plugin_answer\0", 23);
     EXPECT_EQ(thrownBy([&] { lib.getProcAddress(symbolWithNul); }).Where(), "misc\\src\\dloadlib 76");
     thrownBy([&] { lib.loadLibrary("/nonexistent/libother.so"); });
+    EXPECT_EQ(thrownBy([&] { lib.getProcAddress("osl_test_plugin_answer"); }).Code(), 1);
+
+    lib.loadLibrary(OSL_TEST_PLUGIN_PATH);
+    lib.freeLibrary();
+    lib.freeLibrary();  // harmless the second time
     EXPECT_EQ(thrownBy([&] { lib.getProcAddress("osl_test_plugin_answer"); }).Code(), 1);
 }
 
 TEST(OslLoadlibraryTest, FormatNtErrorGivesTheSystemTextOrNothing) {
     ExposedLoadlibrary lib;
     EXPECT_EQ(lib.FormatNtError(2), "No such file or directory");
-    EXPECT_EQ(lib.FormatNtError(0), "");
-    EXPECT_EQ(lib.FormatNtError(-1), "");
-    EXPECT_EQ(lib.FormatNtError(99999), "");
+    for (int code : {0, -1, 99999}) EXPECT_EQ(lib.FormatNtError(code), "") << code;
 }
 
 }  // namespace

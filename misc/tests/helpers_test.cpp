@@ -15,9 +15,7 @@
 namespace {
 
 TEST(HelpersTest, TextAndPathHelpers) {
-    const struct {
-        std::string got, expected;
-    } cases[] = {
+    const struct { std::string got, expected; } cases[] = {
         {GetDirName("/a/b/c.txt"), "/a/b"}, {GetDirName("c.txt"), "."}, {GetDirName("/c"), "/"},
         {GetDirName("a//b//"), "a"},        {GetDirName("///"), "/"},   {GetDirName(""), "."},
         {ItoA(255, 16), "ff"},              {ItoA(-10), "-10"},         {ItoA(LONG_MIN, 10), std::to_string(LONG_MIN)},

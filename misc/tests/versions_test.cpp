@@ -25,19 +25,16 @@ TEST(QibVrVersionsTest, ApplicationLineFirstThenOthersInNameOrder) {
     while (std::getline(lines, line)) EXPECT_EQ(line.back(), '\r');
 }
 
-TEST(QibVrVersionsTest, LaterRegistrationReplaces) {
-    QibVr_Versions::Instance().Register("repl", "repl 1");
-    QibVr_AutoRegister reg("repl", "repl 2");
-    EXPECT_EQ(QibVr_Versions::Instance().ToStringMe("repl"), "repl 2\r\n");
-}
-
-TEST(QibVrVersionsTest, UnknownAppLeavesAnEmptyEntry) {
+TEST(QibVrVersionsTest, UnknownAppLeavesAnEmptyEntryAndLaterRegistrationReplaces) {
     QibVr_Versions& v = QibVr_Versions::Instance();
     EXPECT_EQ(v.ToStringMe("unknown-X"), "\r\n");
     QibVr_Versions::Map copy = v;
     ASSERT_EQ(copy.count("unknown-X"), 1u);
     EXPECT_NE(v.ToString("").find("\r\n\r\n"), std::string::npos);  // one empty line for it
     EXPECT_EQ(v.ToString("never-registered").rfind("\r\n", 0), 0u);
+    v.Register("repl", "repl 1");
+    QibVr_AutoRegister reg("repl", "repl 2");  // a later registration replaces
+    EXPECT_EQ(v.ToStringMe("repl"), "repl 2\r\n");
 }
 
 TEST(QibVrVersionsTest, LibraryRegistersItsComponentsAndOldInterfaceChangesNothing) {
@@ -55,19 +52,12 @@ TEST(QibVrVersionsTest, LibraryRegistersItsComponentsAndOldInterfaceChangesNothi
 }
 
 TEST(VersionSpecHelperTest, ParsesNumbersAndExtra) {
-    struct Case {
-        std::string text;
-        std::vector<int> numbers;
-        std::string extra;
-    };
+    struct Case { std::string text; std::vector<int> numbers; std::string extra; };
     const Case cases[] = {
-        {"4.1.7.12", {4, 1, 7, 12}, ""},
         {"4.1.7.12-fix", {4, 1, 7, 12}, "-fix"},
         {"1.2.3.4.5", {1, 2, 3, 4}, ".5"},
         {"ver2.x.5", {2, 5}, ""},
-        {"", {}, ""},
-        {"release", {}, ""},
-        {"007", {7}, ""},
+        {"", {}, ""}, {"release", {}, ""}, {"007", {7}, ""},
         {"99999999999.1", {2147483647, 1}, ""},
     };
     for (const Case& c : cases) {
