@@ -9,39 +9,13 @@
 
 #include <memory>
 
-#include "log/tests/daemon.h"
+#include "ini/tests/http_file_server.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 using osl::test::readFile;
 using osl::test::writeFile;
-
-int freeTcpPort() {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    int port = -1;
-    if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-        port = ntohs(address.sin_port);
-    }
-    close(fd);
-    return port;
-}
-
-bool accepts(int port) {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    const bool ok = connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(fd);
-    return ok;
-}
 
 // /qib and /secret (basic authentication, user qib, password "s3cret") run the endpoint on the
 // file remote.ini; /probe runs a script that answers with the client's port as an INI file.
@@ -68,17 +42,8 @@ protected:
     }
 
     void start(bool tls = false) {
-        const std::string lighttpd = osl::test::findProgram("lighttpd");
-        ASSERT_FALSE(lighttpd.empty()) << "lighttpd is missing: tools/dev/install-deps.sh test";
-        port_ = freeTcpPort();
         const std::string d = dir_.path().string();
-        std::string config = R"(server.document-root = "@/www"
-server.bind = "127.0.0.1"
-server.port = PORT
-server.errorlog = "@/error.log"
-server.modules += ("mod_cgi", "mod_setenv", "mod_auth", "mod_authn_file")
-cgi.assign = (".exe" => "")
-setenv.add-environment = ("VUM_QIB_HTTP_FILE_CONFIG" => "@/endpoint.ini")
+        std::string config = R"(server.modules += ("mod_auth", "mod_authn_file")
 auth.backend = "plain"
 auth.backend.plain.userfile = "@/users"
 auth.require = ("/secret/" => ("method" => "basic", "realm" => "qib", "require" => "valid-user"))
@@ -95,24 +60,14 @@ ssl.pemfile = "@/cert.pem"
 ssl.privkey = "@/key.pem"
 )";
         }
-        config.replace(config.find("PORT"), 4, std::to_string(port_));
-        for (std::size_t at = config.find('@'); at != std::string::npos;
-             at = config.find('@', at + d.size())) {
-            config.replace(at, 1, d);
-        }
-        writeFile(d + "/lighttpd.conf", config);
-        server_ = std::make_unique<osl::test::Daemon>(
-            std::vector<std::string>{lighttpd, "-D", "-f", d + "/lighttpd.conf"},
-            std::vector<std::string>{}, d + "/lighttpd.out");
-        ASSERT_TRUE(osl::test::waitFor([&] { return accepts(port_); }))
-            << readFile(d + "/lighttpd.out") << readFile(d + "/error.log");
+        server_ = std::make_unique<osl::test::HttpFileServer>(d, config);
+        ASSERT_EQ(server_->failure(), "");
     }
 
-    std::string server() const { return "127.0.0.1:" + std::to_string(port_); }
+    std::string server() const { return server_->address(); }
 
     osl::test::TempDir dir_;
-    int port_ = 0;
-    std::unique_ptr<osl::test::Daemon> server_;
+    std::unique_ptr<osl::test::HttpFileServer> server_;
 };
 
 TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
@@ -156,8 +111,8 @@ TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
          "Error: cannot read the file: No such file or directory"},
         {"no credentials", "[a]\n", server(), "/secret", "", "", -7, "Authenticate failed"},
         {"wrong password", "[a]\n", server(), "/secret", "qib", "wrong", -7, "Authenticate failed"},
-        {"server down", "[a]\n", "127.0.0.1:" + std::to_string(freeTcpPort()), "/qib", "", "", -3,
-         "Send Request failed. Last Error is 7"},
+        {"server down", "[a]\n", "127.0.0.1:" + std::to_string(osl::test::freePort(SOCK_STREAM)),
+         "/qib", "", "", -3, "Send Request failed. Last Error is 7"},
         {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3,
          "Send Request failed. Status 404"},
         {"bad port", "[a]\n", "127.0.0.1:http", "/qib", "", "", -2, "Internet Connect failed"},

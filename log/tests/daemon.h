@@ -29,9 +29,9 @@ inline std::string findProgram(const std::string& name) {
     return {};
 }
 
-/// A UDP port on 127.0.0.1 that was free a moment ago.
-inline int freeUdpPort() {
-    int fd = socket(AF_INET, SOCK_DGRAM, 0);
+/// A port on 127.0.0.1 that was free a moment ago, for UDP or (SOCK_STREAM) TCP.
+inline int freePort(int type = SOCK_DGRAM) {
+    int fd = socket(AF_INET, type, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);

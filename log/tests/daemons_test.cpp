@@ -27,7 +27,7 @@ protected:
 TEST_F(DaemonTest, SnmptrapdReceivesAndDecodesTheTrap) {
     const std::string snmptrapd = osl::test::findProgram("snmptrapd");
     if (snmptrapd.empty()) GTEST_SKIP() << "snmptrapd is not installed (Debian package snmptrapd)";
-    const int port = osl::test::freeUdpPort();
+    const int port = osl::test::freePort();
     ASSERT_GT(port, 0);
     const std::string config = dir_.file("snmptrapd.conf");
     osl::test::writeFile(config, "authCommunity log secret\n");
