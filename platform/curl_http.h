@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace osl::platform {
@@ -28,6 +29,12 @@ struct HttpReply {
     std::string headers;           // the last response's raw header block
     std::string body;              // the last response's body
 };
+
+/// Takes one header line of an answer as it arrived (with its line end): a status line starts a
+/// new response, so the reply always describes the last one; an empty line completes the block.
+void takeHeaderLine(HttpReply& reply, std::string_view line);
+/// Appends a piece of the body; false (nothing appended) when the body would pass 256 MiB.
+bool takeBody(HttpReply& reply, std::string_view data);
 
 /// One request: a target, a method and path, optional credentials, then one or more sends. Every
 /// request uses the proxy settings of the environment (http_proxy, https_proxy, no_proxy), sends

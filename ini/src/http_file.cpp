@@ -4,6 +4,7 @@
 #include <vum-qib-osl/ini/http_file.h>
 #include <vum-qib-osl/misc/qib_error.h>
 
+#include "ini/src/http_file_internal.h"
 #include "platform/curl_http.h"
 
 namespace {
@@ -86,15 +87,23 @@ void transfer(const std::string& server, std::string path, const std::string& me
     if (method != "POST") path += "?" + data;
     const Exchange x{method, path, data, user, password};
     HttpReply reply = attempt(target, false, x);
-    long status = noAnswer(reply) ? 403 : reply.status;
+    const long status = noAnswer(reply) ? 403 : reply.status;
     if (status == 400 || status == 403 || status == 502) {
         const Target secure{target.host, target.port == 80 ? 443 : target.port};
         reply = attempt(secure, true, x);
         if (noAnswer(reply))
             fail("Send Request failed. Last Error is " + std::to_string(reply.error.value()), -3);
-        status = reply.status;
     }
-    if (status >= 400) fail("Send Request failed. Status " + std::to_string(status), -3);
+    osl::detail::takeAnswer(reply, content);
+}
+
+}  // namespace
+
+namespace osl::detail {
+
+void takeAnswer(const HttpReply& reply, std::string& content) {
+    if (reply.status >= 400)
+        fail("Send Request failed. Status " + std::to_string(reply.status), -3);
     if (reply.error) {
         if (!reply.headersComplete) fail("Get Response failed", -4);
         fail("Read a response failed", -6);
@@ -103,7 +112,16 @@ void transfer(const std::string& server, std::string path, const std::string& me
     content += reply.body;
 }
 
-}  // namespace
+std::string putFormData(std::string& content, bool isText) {
+    for (std::size_t at = content.find('&'); at != std::string::npos;
+         at = content.find('&', at + 3)) {
+        content.replace(at, 1, "%26");
+    }
+    return std::string(isText ? "action=put&filedata=" : "action=put&istxt=0&filedata=") + content +
+           "http_file_size=" + std::to_string(content.size());
+}
+
+}  // namespace osl::detail
 
 void HTTP_GetFile(const std::string& server, std::string path, bool isText, std::string& content,
                   std::string user, std::string password) {
@@ -114,12 +132,6 @@ void HTTP_GetFile(const std::string& server, std::string path, bool isText, std:
 
 void HTTP_PutFile(const std::string& server, std::string path, bool isText, std::string& content,
                   std::string user, std::string password) {
-    for (std::size_t at = content.find('&'); at != std::string::npos;
-         at = content.find('&', at + 3)) {
-        content.replace(at, 1, "%26");
-    }
-    const std::string data =
-        std::string(isText ? "action=put&filedata=" : "action=put&istxt=0&filedata=") + content +
-        "http_file_size=" + std::to_string(content.size());
+    const std::string data = osl::detail::putFormData(content, isText);
     transfer(server, std::move(path), "POST", data, content, user, password);
 }

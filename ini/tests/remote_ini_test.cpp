@@ -9,7 +9,7 @@
 
 #include <memory>
 
-#include "log/tests/daemon.h"
+#include "ini/tests/http_file_server.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -17,68 +17,42 @@ namespace {
 using osl::test::readFile;
 using osl::test::writeFile;
 
-sockaddr_in loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    return address;
-}
-
-int freeTcpPort() {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = loopback(0);
-    socklen_t length = sizeof address;
-    const bool ok = bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-                    getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0;
-    close(fd);
-    return ok ? ntohs(address.sin_port) : -1;
-}
-
-bool accepts(int port) {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    const sockaddr_in address = loopback(port);
-    const bool ok = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(fd);
-    return ok;
-}
-
 // /qib and /secret (basic authentication, user qib, password "s3cret") run the endpoint on the
 // file remote.ini; /probe runs a script that answers with the client's port as an INI file.
 class RemoteIniTest : public ::testing::Test {
 protected:
-    void start(bool tls = false) {
+    void SetUp() override {
         InitOSL();
         setenv("no_proxy", "*", 1);  // loopback, whatever proxy the machine has
-        const std::string lighttpd = osl::test::findProgram("lighttpd");
-        ASSERT_FALSE(lighttpd.empty()) << "lighttpd is missing: tools/dev/install-deps.sh test";
         const std::string d = dir_.path().string();
-        writeFile(d + "/endpoint.ini", "[http_file]\nfile=" + d + "/remote.ini\nmax_body=4096\n");
-        writeFile(d + "/users", "qib:s3cret\n");
+        writeFile(dir_.file("endpoint.ini"),
+                  "[http_file]\nfile=" + d + "/remote.ini\nmax_body=4096\n");
+        writeFile(dir_.file("users"), "qib:s3cret\n");
         for (const char* base : {"www", "www/qib", "www/secret", "www/probe"})
-            std::filesystem::create_directory(d + "/" + base);
-        for (const char* base : {"qib", "secret"})
-            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI, d + "/www/" + base + "/vum-qib-http-file-cgi.exe");
+            std::filesystem::create_directory(dir_.file(base));
+        for (const char* base : {"qib", "secret"}) {
+            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI,
+                                            d + "/www/" + base + "/vum-qib-http-file-cgi.exe");
+        }
         const std::string probe = d + "/www/probe/vum-qib-http-file-cgi.exe";
-        writeFile(probe, "#!/bin/sh\nprintf 'Content-Type: text/plain\\r\\n\\r\\n"
-                         "[connection]\\nport=%s\\n' \"$REMOTE_PORT\"\n");
+        writeFile(probe,
+                  "#!/bin/sh\nprintf 'Content-Type: "
+                  "text/plain\\r\\n\\r\\n[connection]\\nport=%s\\n' \"$REMOTE_PORT\"\n");
         std::filesystem::permissions(probe, std::filesystem::perms::owner_all);
-        port_ = freeTcpPort();
-        std::string config = R"(server.document-root = "@/www"
-server.bind = "127.0.0.1"
-server.port = PORT
-server.errorlog = "@/error.log"
-server.modules += ("mod_cgi", "mod_setenv", "mod_auth", "mod_authn_file")
-cgi.assign = (".exe" => "")
-setenv.add-environment = ("VUM_QIB_HTTP_FILE_CONFIG" => "@/endpoint.ini")
+    }
+
+    void start(bool tls = false) {
+        const std::string d = dir_.path().string();
+        std::string config = R"(server.modules += ("mod_auth", "mod_authn_file")
 auth.backend = "plain"
 auth.backend.plain.userfile = "@/users"
 auth.require = ("/secret/" => ("method" => "basic", "realm" => "qib", "require" => "valid-user"))
 )";
         if (tls) {
-            const std::string openssl = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
-                                        "-days 1 -subj /CN=localhost -keyout '" + d + "/key.pem' -out '" + d +
-                                        "/cert.pem' 2>'" + d + "/openssl.out'";
+            const std::string openssl =
+                "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1 "
+                "-subj /CN=localhost -keyout '" +
+                d + "/key.pem' -out '" + d + "/cert.pem' 2>'" + d + "/openssl.out'";
             ASSERT_EQ(std::system(openssl.c_str()), 0) << readFile(d + "/openssl.out");
             config += R"(server.modules += ("mod_openssl")
 ssl.engine = "enable"
@@ -86,22 +60,14 @@ ssl.pemfile = "@/cert.pem"
 ssl.privkey = "@/key.pem"
 )";
         }
-        config.replace(config.find("PORT"), 4, std::to_string(port_));
-        for (std::size_t at = config.find('@'); at != std::string::npos; at = config.find('@', at + d.size()))
-            config.replace(at, 1, d);
-        writeFile(d + "/lighttpd.conf", config);
-        server_ = std::make_unique<osl::test::Daemon>(
-            std::vector<std::string>{lighttpd, "-D", "-f", d + "/lighttpd.conf"},
-            std::vector<std::string>{}, d + "/lighttpd.out");
-        ASSERT_TRUE(osl::test::waitFor([&] { return accepts(port_); }))
-            << readFile(d + "/lighttpd.out") << readFile(d + "/error.log");
+        server_ = std::make_unique<osl::test::HttpFileServer>(d, config);
+        ASSERT_EQ(server_->failure(), "");
     }
 
-    std::string server() const { return "127.0.0.1:" + std::to_string(port_); }
+    std::string server() const { return server_->address(); }
 
     osl::test::TempDir dir_;
-    int port_ = 0;
-    std::unique_ptr<osl::test::Daemon> server_;
+    std::unique_ptr<osl::test::HttpFileServer> server_;
 };
 
 TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
@@ -109,23 +75,33 @@ TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
     writeFile(dir_.file("remote.ini"), "[app]\nname = old ; a comment\n");
     RemoteIni ini(server(), "/secret", "qib", "s3cret");
     EXPECT_EQ(ini.GetString("app", "name", "", nullptr), "old");
-    const std::pair<std::string, std::string> values[] = {
-        {"amp", "a&b&&c"}, {"eq", "x=y=z"}, {"pct", "100% %41 %%"},
-        {"utf8", "Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC"}, {"value", "a;b; c"}};
+    const std::vector<std::pair<std::string, std::string>> values{{"amp", "a&b&&c"},
+                                                                  {"eq", "x=y=z"},
+                                                                  {"pct", "100% %41 %%"},
+                                                                  {"utf8",
+                                                                   "Gr\xC3\xBC\xC3\x9F"
+                                                                   "e \xE2\x82\xAC"},
+                                                                  {"value", "a;b; c"}};
     for (const auto& [key, value] : values) ini.SetKeyValue("app", key, value);
     ini.FlushIniDataToFile("ignored");
-    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[app]\namp=a&b&&c\neq=x=y=z\nname=old\npct=100% %41 %%\n"
-                                                 "utf8=Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC\nvalue=a;b; c\n\n");
+    EXPECT_EQ(readFile(dir_.file("remote.ini")),
+              "[app]\namp=a&b&&c\neq=x=y=z\nname=old\npct=100% %41 %%\nutf8=Gr\xC3\xBC\xC3\x9F"
+              "e \xE2\x82\xAC\n"
+              "value=a;b; c\n\n");
     const RemoteIni again(server(), "/secret", "qib", "s3cret");
-    for (const auto& [key, value] : values) EXPECT_EQ(again.GetString("app", key, "", nullptr), value) << key;
+    for (const auto& [key, value] : values)
+        EXPECT_EQ(again.GetString("app", key, "", nullptr), value) << key;
 }
 
 TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
     start();
     struct Case {
-        const char *name, *file;  // file null: no file
+        const char* name;
+        const char* file;  // null: no file
         std::string server;
-        const char *path, *user, *password;
+        const char* path;
+        const char* user;
+        const char* password;
         long code;
         std::string text;
     };
@@ -135,9 +111,10 @@ TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
          "Error: cannot read the file: No such file or directory"},
         {"no credentials", "[a]\n", server(), "/secret", "", "", -7, "Authenticate failed"},
         {"wrong password", "[a]\n", server(), "/secret", "qib", "wrong", -7, "Authenticate failed"},
-        {"server down", "[a]\n", "127.0.0.1:" + std::to_string(freeTcpPort()), "/qib", "", "", -3,
-         "Send Request failed. Last Error is 7"},
-        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3, "Send Request failed. Status 404"},
+        {"server down", "[a]\n", "127.0.0.1:" + std::to_string(osl::test::freePort(SOCK_STREAM)),
+         "/qib", "", "", -3, "Send Request failed. Last Error is 7"},
+        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3,
+         "Send Request failed. Status 404"},
         {"bad port", "[a]\n", "127.0.0.1:http", "/qib", "", "", -2, "Internet Connect failed"},
         {"no server", "[a]\n", "", "/qib", "", "", -2, "Internet Connect failed"},
     };
@@ -157,19 +134,19 @@ TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
 
 TEST_F(RemoteIniTest, EndpointHonoursTextModeAndItsBodyLimit) {
     start();
-    const char* endpoint = "/qib/vum-qib-http-file-cgi.exe";
-    for (const bool text : {true, false}) {
-        std::string content = "[a]\r\nk=1&2\r\n";
-        HTTP_PutFile(server(), endpoint, text, content, "", "");
-        EXPECT_EQ(readFile(dir_.file("remote.ini")), text ? "[a]\nk=1&2\n" : "[a]\r\nk=1&2\r\n");
-    }
-    std::string content;
-    HTTP_GetFile(server(), endpoint, false, content, "", "");
-    EXPECT_EQ(content, "[a]\r\nk=1&2\r\n");
+    std::string content = "[a]\r\nk=1&2\r\n";
+    HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", true, content, "", "");
+    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[a]\nk=1&2\n");
+    content = "[a]\r\nk=1&2\r\n";
+    HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", false, content, "", "");
+    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[a]\r\nk=1&2\r\n");
+    std::string fetched;
+    HTTP_GetFile(server(), "/qib/vum-qib-http-file-cgi.exe", false, fetched, "", "");
+    EXPECT_EQ(fetched, "[a]\r\nk=1&2\r\n");
 
     content = "[a]\nk=" + std::string(4100, 'x') + "\n";
     try {
-        HTTP_PutFile(server(), endpoint, true, content, "", "");
+        HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", true, content, "", "");
         ADD_FAILURE() << "a body over the limit was stored";
     } catch (const QIBError& e) {
         EXPECT_EQ(e.Code(), -5);
@@ -187,21 +164,26 @@ TEST_F(RemoteIniTest, PlainRefusalIsRetriedOverHttps) {
 
 TEST_F(RemoteIniTest, EndSessionClosesTheKeptConnection) {
     start();
-    auto client = [this] { return RemoteIni(server(), "/probe", "", "").GetString("connection", "port", "", nullptr); };
-    const std::string first = client();
-    EXPECT_EQ(client(), first);
+    auto clientPort = [this] {
+        return RemoteIni(server(), "/probe", "", "").GetString("connection", "port", "", nullptr);
+    };
+    const std::string first = clientPort();
+    EXPECT_EQ(clientPort(), first);
     EndSession();
-    EXPECT_NE(client(), first);
+    EXPECT_NE(clientPort(), first);
 }
 
 TEST_F(RemoteIniTest, QiboslChangesAndPrintsTheRemoteFile) {
     start();
     writeFile(dir_.file("remote.ini"), "[b]\nk=1\n[a]\nx=2\n");
-    const std::string qibosl = std::string("QIBOSL_REMOTE_PASSWORD=s3cret ") + OSL_QIBOSL + " remote-ini ";
+    const std::string qibosl =
+        std::string("QIBOSL_REMOTE_PASSWORD=s3cret ") + OSL_QIBOSL + " remote-ini ";
     const std::string where = " -server=" + server() + " -path=/secret -user=qib";
     ASSERT_EQ(std::system((qibosl + "set" + where + " a x 'p&q'").c_str()), 0);
-    ASSERT_EQ(std::system((qibosl + "get" + where + " >'" + dir_.file("printed") + "'").c_str()), 0);
-    EXPECT_EQ(readFile(dir_.file("printed")), "[a]\nx=p&q\n\n[b]\nk=1\n\n");
+    std::unique_ptr<FILE, int (*)(FILE*)> out(popen((qibosl + "get" + where).c_str(), "r"), pclose);
+    std::string printed(256, '\0');
+    printed.resize(std::fread(printed.data(), 1, printed.size(), out.get()));
+    EXPECT_EQ(printed, "[a]\nx=p&q\n\n[b]\nk=1\n\n");
 }
 
 }  // namespace

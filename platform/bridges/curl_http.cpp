@@ -81,39 +81,30 @@ void giveBack(CURL* handle, unsigned generation) {
     curl_easy_cleanup(handle);
 }
 
-// "HTTP/1.1 401 Unauthorized" gives 401.
+// "HTTP/1.1 401 Unauthorized" gives 401; a line without a code of exactly three digits after
+// its first blank gives 0, as no status line would.
 long statusOf(std::string_view line) {
     const std::size_t blank = line.find(' ');
+    if (blank == std::string_view::npos) return 0;
+    const std::string_view code = line.substr(blank + 1, 4);
+    if (code.size() < 3 || (code.size() == 4 && code[3] >= '0' && code[3] <= '9')) return 0;
     long status = 0;
-    for (std::size_t i = blank + 1; blank != std::string_view::npos && i < line.size(); ++i) {
-        if (line[i] < '0' || line[i] > '9') break;
-        status = status * 10 + (line[i] - '0');
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (code[i] < '0' || code[i] > '9') return 0;
+        status = status * 10 + (code[i] - '0');
     }
     return status;
 }
 
-// Each response (a redirect, an authentication round, a final answer) starts afresh, so the
-// reply describes the last one.
 std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user) {
-    auto* reply = static_cast<HttpReply*>(user);
-    const std::string_view line(data, size * count);
-    if (line.substr(0, 5) == "HTTP/") {
-        reply->status = statusOf(line);
-        reply->headers.clear();
-        reply->body.clear();
-        reply->headersComplete = false;
-    }
-    reply->headers.append(line);
-    if (line == "\r\n" || line == "\n") reply->headersComplete = true;
+    takeHeaderLine(*static_cast<HttpReply*>(user), std::string_view(data, size * count));
     return size * count;
 }
 
 // A server that never stops sending must not take the host's memory: the transfer breaks off.
 std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user) {
-    auto* reply = static_cast<HttpReply*>(user);
-    if (reply->body.size() + size * count > kMaxBody) return 0;
-    reply->body.append(data, size * count);
-    return size * count;
+    const std::size_t length = size * count;
+    return takeBody(*static_cast<HttpReply*>(user), std::string_view(data, length)) ? length : 0;
 }
 
 bool hasControlCharacters(const std::string& text) {
@@ -124,6 +115,23 @@ bool hasControlCharacters(const std::string& text) {
 }
 
 }  // namespace
+
+void takeHeaderLine(HttpReply& reply, std::string_view line) {
+    if (line.substr(0, 5) == "HTTP/") {
+        reply.status = statusOf(line);
+        reply.headers.clear();
+        reply.body.clear();
+        reply.headersComplete = false;
+    }
+    reply.headers.append(line);
+    if (line == "\r\n" || line == "\n") reply.headersComplete = true;
+}
+
+bool takeBody(HttpReply& reply, std::string_view data) {
+    if (data.size() > kMaxBody - reply.body.size()) return false;
+    reply.body.append(data);
+    return true;
+}
 
 const std::error_category& httpCategory() {
     static const CurlCategory* category = new CurlCategory;

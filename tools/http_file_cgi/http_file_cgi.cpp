@@ -13,22 +13,20 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <string>
 #include <system_error>
 
+#include "tools/http_file_cgi/http_file_request.h"
+
 namespace {
+
+using osl::http_file::parseCount;
+using osl::http_file::Refusal;
 
 constexpr char kConfigVariable[] = "VUM_QIB_HTTP_FILE_CONFIG";
 constexpr char kConfigName[] = "vum-qib-http-file-cgi.ini";
 constexpr char kGroup[] = "http_file";
 constexpr unsigned long long kDefaultMaxBody = 1024 * 1024;
-
-// An answer that ends the request: an "Error: " body, with the detail for the server's log.
-struct Refusal {
-    std::string body;
-    std::string detail;
-};
 
 struct Settings {
     std::string file;
@@ -46,14 +44,6 @@ std::string configurationPath() {
     std::error_code ec;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
     return (program.parent_path() / kConfigName).string();
-}
-
-bool parseCount(const std::string& text, unsigned long long& value) {
-    if (text.empty() || text.size() > 18 ||
-        text.find_first_not_of("0123456789") != std::string::npos)
-        return false;
-    value = std::stoull(text);
-    return true;
 }
 
 Settings loadSettings() {
@@ -93,52 +83,6 @@ std::string readBody(const Settings& settings) {
     return body;
 }
 
-// "a=1&b=2&" gives a and b; a field without "=" has an empty value.
-std::map<std::string, std::string> fieldsOf(const std::string& text) {
-    std::map<std::string, std::string> fields;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        std::size_t end = text.find('&', start);
-        if (end == std::string::npos) end = text.size();
-        const std::string field = text.substr(start, end - start);
-        const std::size_t equals = field.find('=');
-        if (!field.empty())
-            fields.emplace(field.substr(0, equals),
-                           equals == std::string::npos ? "" : field.substr(equals + 1));
-        start = end + 1;
-    }
-    return fields;
-}
-
-// The data of a store runs from "filedata=" to the last "http_file_size=", whose number must be
-// its length: a file may hold both words itself.
-std::string fileDataOf(const std::string& body, std::string& fieldsBefore) {
-    const std::size_t start = body.find("filedata=");
-    const std::size_t sizeAt = body.rfind("http_file_size=");
-    unsigned long long announced = 0;
-    if (start == std::string::npos || sizeAt == std::string::npos || sizeAt < start + 9 ||
-        !parseCount(body.substr(sizeAt + 15), announced) || announced != sizeAt - start - 9) {
-        throw Refusal{"Error: the file data is incomplete", "filedata and http_file_size disagree"};
-    }
-    fieldsBefore = body.substr(0, start);
-    return body.substr(start + 9, sizeAt - start - 9);
-}
-
-// The client escapes "&" alone, as %26; every other byte came as it is.
-std::string decoded(const std::string& data, bool isText) {
-    std::string out;
-    out.reserve(data.size());
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        if (data.compare(i, 3, "%26") == 0) {
-            out += '&';
-            i += 2;
-        } else if (!(isText && data[i] == '\r' && i + 1 < data.size() && data[i + 1] == '\n')) {
-            out += data[i];
-        }
-    }
-    return out;
-}
-
 std::string serve(const Settings& settings) {
     try {
         Osl_File file(settings.file, Osl_File::mode_read);
@@ -169,31 +113,14 @@ void answer(const std::string& type, const std::string& body) {
 void handle() {
     const Settings settings = loadSettings();
     const std::string method = environment("REQUEST_METHOD");
-    std::map<std::string, std::string> fields;
-    std::string fileData;
-    bool hasData = false;
-    if (method == "GET") {
-        fields = fieldsOf(environment("QUERY_STRING"));
-    } else if (method == "POST") {
-        const std::string body = readBody(settings);
-        hasData = body.find("filedata=") != std::string::npos;
-        std::string before = body;
-        if (hasData) fileData = fileDataOf(body, before);
-        fields = fieldsOf(before);
-    } else {
-        throw Refusal{"Error: method " + method + " is not supported", "method " + method};
-    }
-    const bool isText = fields.count("istxt") == 0 || fields["istxt"] != "0";
-    const std::string action = fields["action"];
-    if (action == "get") {
-        answer(isText ? "text/plain; charset=utf-8" : "application/octet-stream", serve(settings));
-    } else if (action == "put") {
-        if (!hasData)
-            throw Refusal{"Error: the file data is incomplete", "a store without filedata"};
-        store(settings, decoded(fileData, isText));
+    const osl::http_file::Request request = osl::http_file::parseRequest(
+        method, environment("QUERY_STRING"), method == "POST" ? readBody(settings) : "");
+    if (request.store) {
+        store(settings, request.content);
         answer("text/plain; charset=utf-8", "");
     } else {
-        throw Refusal{"Error: unknown action '" + action + "'", "action " + action};
+        answer(request.isText ? "text/plain; charset=utf-8" : "application/octet-stream",
+               serve(settings));
     }
 }
 
