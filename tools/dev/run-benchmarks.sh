@@ -13,7 +13,8 @@ for bin in "$build"/bench/osl_*_bench; do
     [ -x "$bin" ] || continue
     name=$(basename "$bin")
     echo "== $name"
-    "$bin" --benchmark_filter="$filter" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+    "$bin" --benchmark_filter="$filter" --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
+        --benchmark_report_aggregates_only=true \
         --benchmark_out="$results/$name.json" --benchmark_out_format=json >/dev/null || status=1
 done
 python3 "$root/tools/dev/bench_report.py" "$results" "$root/bench/targets.txt" "$root/bench/REPORT.md" || status=1
