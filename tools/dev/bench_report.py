@@ -21,11 +21,16 @@ from pathlib import Path
 
 
 def read_results(results_dir):
-    groups, context = defaultdict(dict), {}
+    groups, context, errors = defaultdict(dict), {}, {}
     for path in sorted(Path(results_dir).glob('*.json')):
         data = json.loads(path.read_text())
         context = data.get('context', context)
         for b in data['benchmarks']:
+            if b.get('error_occurred'):
+                parts = b.get('run_name', b['name']).split('/')
+                group = '/'.join([parts[0]] + parts[2:])
+                errors[(group, parts[1] if len(parts) > 1 else '')] = b.get('error_message', 'error')
+                continue
             if b.get('aggregate_name', 'median') != 'median':
                 continue
             parts = b.get('run_name', b['name']).split('/')
@@ -33,7 +38,7 @@ def read_results(results_dir):
                 continue
             group = '/'.join([parts[0]] + parts[2:])
             groups[group][parts[1]] = (b['real_time'], b['time_unit'])
-    return groups, context
+    return groups, context, errors
 
 
 def read_targets(path):
@@ -74,7 +79,7 @@ def machine():
 
 
 def main(results_dir, targets_path, report_path):
-    groups, context = read_results(results_dir)
+    groups, context, errors = read_results(results_dir)
     targets = read_targets(targets_path)
     rows, missed = [], 0
     for group, impls in sorted(groups.items()):
@@ -88,6 +93,9 @@ def main(results_dir, targets_path, report_path):
             target, note = targets.get((group, peer), ('-', ''))
             ok = meets(ratio, target)
             verdict = '' if ok is None else ('met' if ok else 'MISSED')
+            failed = errors.get((group, 'osl')) or errors.get((group, peer))
+            if failed:
+                ok, verdict = False, 'ERROR: ' + failed
             missed += ok is False
             rows.append((group, fmt(ours, unit), peer, fmt(t, peer_unit), f'{ratio:.2f}', target,
                          verdict + (': ' + note if note and ok is False else '')))
