@@ -76,10 +76,6 @@ public:
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
-    bool running() const {
-        if (pid_ <= 0) return false;
-        return waitpid(pid_, nullptr, WNOHANG) == 0;
-    }
     void stop() {
         if (pid_ <= 0) return;
         kill(pid_, SIGTERM);

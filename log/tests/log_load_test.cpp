@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 #include "log/tests/log_test_support.h"
 #include "tests/support/temp_dir.h"

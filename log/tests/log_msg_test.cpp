@@ -83,7 +83,8 @@ TEST_F(LogMsgTest, SeverityTagsAndNames) {
     EXPECT_EQ(StringToSev(""), SevNone);
 }
 
-TEST_F(LogMsgTest, MessageIsReusableAndShorterBodyIsCut) {
+// A message is reusable, a shorter body cuts the longer one; assignment copies the attributes only.
+TEST_F(LogMsgTest, ReuseAndAssignmentKeepNoOldBody) {
     CLogMsg msg("first", "cat", SevWarning);
     msg.Sev(SevError).At("second") << "a long first body" << flush;
     msg << "short" << flush;
@@ -92,6 +93,15 @@ TEST_F(LogMsgTest, MessageIsReusableAndShorterBodyIsCut) {
     EXPECT_NE(lines()[0].find("-ERROR second : "), std::string::npos);
     EXPECT_EQ(body(lines()[1]), "short");
     EXPECT_NE(lines()[1].find("-WARN  first : "), std::string::npos);  // defaults restored
+    CLogMsg a("at-a", "cat", SevFatal);
+    a << "pending body";
+    CLogMsg b;
+    b = a;
+    EXPECT_EQ(b.GetSevirity(), SevFatal);
+    EXPECT_EQ(b.GetCategory(), "cat");
+    b << "own" << flush;
+    EXPECT_EQ(body(lines().at(2)), "own");
+    EXPECT_NE(lines().at(2).find("-FATAL at-a : "), std::string::npos);
 }
 
 TEST_F(LogMsgTest, BodyInsertionOfEveryType) {
@@ -152,18 +162,6 @@ TEST_F(LogMsgTest, DisabledStringLogKeepsAttributesButCharLogRestoresThem) {
     msg.Log(SevInfo, "c", "x", "dropped too");
     EXPECT_EQ(msg.GetSevirity(), SevError);
     EXPECT_EQ(msg.GetCategory(), "");
-}
-
-TEST_F(LogMsgTest, AssignmentCopiesAttributesNotBody) {
-    CLogMsg a("at-a", "cat", SevFatal);
-    a << "pending body";
-    CLogMsg b;
-    b = a;
-    EXPECT_EQ(b.GetSevirity(), SevFatal);
-    EXPECT_EQ(b.GetCategory(), "cat");
-    b << "own" << flush;
-    EXPECT_EQ(body(lines().at(0)), "own");
-    EXPECT_NE(lines().at(0).find("-FATAL at-a : "), std::string::npos);
 }
 
 TEST_F(LogMsgTest, ThreadIdIsTheCallingThreads) {

@@ -128,20 +128,6 @@ void writableLog(const std::string& log) {
     EXPECT_TRUE(geteuid() != 0 || chown(log.c_str(), kNobody, static_cast<gid_t>(-1)) == 0);
 }
 
-// The count of each "line N" body in the log and its backups.
-std::map<int, int> linesIn(const std::string& path) {
-    std::map<int, int> seen;
-    std::vector<std::string> files = osl::test::backupsOf(path);
-    files.push_back(path);
-    for (const std::string& file : files) {
-        const std::string content = osl::test::readFile(file);
-        for (std::size_t at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1)) {
-            ++seen[std::atoi(content.c_str() + at + 8)];
-        }
-    }
-    return seen;
-}
-
 struct DamageCase {
     const char* name;
     std::function<void(const std::string& dir, const std::string& log)> prepare;
@@ -209,10 +195,18 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
         logger->DeleteChannels();
         chmod(dir.path().c_str(), 0755);
         ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
-        const std::map<int, int> seen = linesIn(log);
+        std::map<int, int> seen;  // the count of each "line N" in the log and its backups
+        std::vector<std::string> files = osl::test::backupsOf(log);
+        files.push_back(log);
+        for (const std::string& file : files) {
+            const std::string content = osl::test::readFile(file);
+            for (auto at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1)) {
+                ++seen[std::atoi(content.c_str() + at + 8)];
+            }
+        }
         // A truncation empties the lines written before it; every later one is there.
         for (int n = c.damage ? 1 : 0; n < kLines; ++n) {
-            EXPECT_EQ(seen.count(n) ? seen.at(n) : 0, 1) << "line " << n;
+            EXPECT_EQ(seen[n], 1) << "line " << n;
         }
         std::istringstream said(osl::test::readFile(errorFile));
         std::set<std::string> distinct;

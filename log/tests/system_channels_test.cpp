@@ -8,16 +8,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <string>
 
 #include "log/src/snmp_trap.h"
 #include "log/tests/log_test_support.h"
-#include "tests/support/temp_dir.h"
 
 namespace {
 
