@@ -143,9 +143,7 @@ TEST_F(UnicodeSettingsTest, DefaultsAndFailures) {
     EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
 }
 
-
-// The integer a call threw, or -1 when it threw nothing.
-int thrownInt(const std::function<void()>& f) {
+int thrownInt(const std::function<void()>& f) {  // -1: nothing thrown
     try {
         f();
     } catch (int e) {

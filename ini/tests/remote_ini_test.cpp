@@ -25,19 +25,14 @@ protected:
         InitOSL();
         setenv("no_proxy", "*", 1);  // loopback, whatever proxy the machine has
         const std::string d = dir_.path().string();
-        writeFile(dir_.file("endpoint.ini"),
-                  "[http_file]\nfile=" + d + "/remote.ini\nmax_body=4096\n");
+        writeFile(dir_.file("endpoint.ini"), "[http_file]\nfile=" + d + "/remote.ini\nmax_body=4096\n");
         writeFile(dir_.file("users"), "qib:s3cret\n");
         for (const char* base : {"www", "www/qib", "www/secret", "www/probe"})
             std::filesystem::create_directory(dir_.file(base));
-        for (const char* base : {"qib", "secret"}) {
-            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI,
-                                            d + "/www/" + base + "/vum-qib-http-file-cgi.exe");
-        }
+        for (const char* base : {"qib", "secret"})
+            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI, d + "/www/" + base + "/vum-qib-http-file-cgi.exe");
         const std::string probe = d + "/www/probe/vum-qib-http-file-cgi.exe";
-        writeFile(probe,
-                  "#!/bin/sh\nprintf 'Content-Type: "
-                  "text/plain\\r\\n\\r\\n[connection]\\nport=%s\\n' \"$REMOTE_PORT\"\n");
+        writeFile(probe, "#!/bin/sh\nprintf 'Content-Type: text/plain\\r\\n\\r\\n[connection]\\nport=%s\\n' \"$REMOTE_PORT\"\n");
         std::filesystem::permissions(probe, std::filesystem::perms::owner_all);
     }
 
@@ -49,10 +44,9 @@ auth.backend.plain.userfile = "@/users"
 auth.require = ("/secret/" => ("method" => "basic", "realm" => "qib", "require" => "valid-user"))
 )";
         if (tls) {
-            const std::string openssl =
-                "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1 "
-                "-subj /CN=localhost -keyout '" +
-                d + "/key.pem' -out '" + d + "/cert.pem' 2>'" + d + "/openssl.out'";
+            const std::string openssl = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                                        "-days 1 -subj /CN=localhost -keyout '" + d + "/key.pem' -out '" + d +
+                                        "/cert.pem' 2>'" + d + "/openssl.out'";
             ASSERT_EQ(std::system(openssl.c_str()), 0) << readFile(d + "/openssl.out");
             config += R"(server.modules += ("mod_openssl")
 ssl.engine = "enable"
@@ -75,19 +69,13 @@ TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
     writeFile(dir_.file("remote.ini"), "[app]\nname = old ; a comment\n");
     RemoteIni ini(server(), "/secret", "qib", "s3cret");
     EXPECT_EQ(ini.GetString("app", "name", "", nullptr), "old");
-    const std::vector<std::pair<std::string, std::string>> values{{"amp", "a&b&&c"},
-                                                                  {"eq", "x=y=z"},
-                                                                  {"pct", "100% %41 %%"},
-                                                                  {"utf8",
-                                                                   "Gr\xC3\xBC\xC3\x9F"
-                                                                   "e \xE2\x82\xAC"},
-                                                                  {"value", "a;b; c"}};
+    const std::pair<std::string, std::string> values[] = {
+        {"amp", "a&b&&c"}, {"eq", "x=y=z"}, {"pct", "100% %41 %%"},
+        {"utf8", "Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC"}, {"value", "a;b; c"}};
     for (const auto& [key, value] : values) ini.SetKeyValue("app", key, value);
     ini.FlushIniDataToFile("ignored");
-    EXPECT_EQ(readFile(dir_.file("remote.ini")),
-              "[app]\namp=a&b&&c\neq=x=y=z\nname=old\npct=100% %41 %%\nutf8=Gr\xC3\xBC\xC3\x9F"
-              "e \xE2\x82\xAC\n"
-              "value=a;b; c\n\n");
+    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[app]\namp=a&b&&c\neq=x=y=z\nname=old\npct=100% %41 %%\n"
+                                                 "utf8=Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC\nvalue=a;b; c\n\n");
     const RemoteIni again(server(), "/secret", "qib", "s3cret");
     for (const auto& [key, value] : values)
         EXPECT_EQ(again.GetString("app", key, "", nullptr), value) << key;
@@ -96,12 +84,9 @@ TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
 TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
     start();
     struct Case {
-        const char* name;
-        const char* file;  // null: no file
+        const char *name, *file;  // file null: no file
         std::string server;
-        const char* path;
-        const char* user;
-        const char* password;
+        const char *path, *user, *password;
         long code;
         std::string text;
     };
@@ -113,8 +98,7 @@ TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
         {"wrong password", "[a]\n", server(), "/secret", "qib", "wrong", -7, "Authenticate failed"},
         {"server down", "[a]\n", "127.0.0.1:" + std::to_string(osl::test::freePort(SOCK_STREAM)),
          "/qib", "", "", -3, "Send Request failed. Last Error is 7"},
-        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3,
-         "Send Request failed. Status 404"},
+        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3, "Send Request failed. Status 404"},
         {"bad port", "[a]\n", "127.0.0.1:http", "/qib", "", "", -2, "Internet Connect failed"},
         {"no server", "[a]\n", "", "/qib", "", "", -2, "Internet Connect failed"},
     };
@@ -164,9 +148,7 @@ TEST_F(RemoteIniTest, PlainRefusalIsRetriedOverHttps) {
 
 TEST_F(RemoteIniTest, EndSessionClosesTheKeptConnection) {
     start();
-    auto clientPort = [this] {
-        return RemoteIni(server(), "/probe", "", "").GetString("connection", "port", "", nullptr);
-    };
+    auto clientPort = [this] { return RemoteIni(server(), "/probe", "", "").GetString("connection", "port", "", nullptr); };
     const std::string first = clientPort();
     EXPECT_EQ(clientPort(), first);
     EndSession();
@@ -176,8 +158,7 @@ TEST_F(RemoteIniTest, EndSessionClosesTheKeptConnection) {
 TEST_F(RemoteIniTest, QiboslChangesAndPrintsTheRemoteFile) {
     start();
     writeFile(dir_.file("remote.ini"), "[b]\nk=1\n[a]\nx=2\n");
-    const std::string qibosl =
-        std::string("QIBOSL_REMOTE_PASSWORD=s3cret ") + OSL_QIBOSL + " remote-ini ";
+    const std::string qibosl = std::string("QIBOSL_REMOTE_PASSWORD=s3cret ") + OSL_QIBOSL + " remote-ini ";
     const std::string where = " -server=" + server() + " -path=/secret -user=qib";
     ASSERT_EQ(std::system((qibosl + "set" + where + " a x 'p&q'").c_str()), 0);
     std::unique_ptr<FILE, int (*)(FILE*)> out(popen((qibosl + "get" + where).c_str(), "r"), pclose);

@@ -21,10 +21,7 @@ namespace {
 using osl::test::readFile;
 using osl::test::writeFile;
 
-std::string u32(std::uint32_t v) {
-    return {static_cast<char>(v & 0xFF), static_cast<char>((v >> 8) & 0xFF), static_cast<char>((v >> 16) & 0xFF),
-            static_cast<char>(v >> 24)};
-}
+std::string u32(std::uint32_t v) { return {char(v & 0xFF), char(v >> 8 & 0xFF), char(v >> 16 & 0xFF), char(v >> 24)}; }
 std::string str(const std::string& s) { return u32(static_cast<std::uint32_t>(s.size())) + s; }
 const std::string kHeader = str("(map_string*)") + u32(1002);
 
@@ -173,30 +170,19 @@ TEST(FormatStringTest, CountsPlaceholdersUpToTheFirstGap) {
     for (const auto& [text, expected] : cases) EXPECT_EQ(FormatString(text).GetArgumentsNumber(), expected) << text;
 }
 
-TEST_F(MessageTest, LooksUpAndFillsWithOrWithoutCode) {
-    Message message(store("a.cat", {{"M1", "A %1 B %2"}}));
+TEST_F(MessageTest, LooksUpFillsAndPrefersTheFirstCatalog) {
+    Message message(store("a.cat", {{"M1", "A %1 B %2"}, {"M2", "%1 (code %2, severity %3, at %4)"}}));
     EXPECT_EQ((message["M1"] << "x" << 5).Text(), "M1 A x B 5");
+    EXPECT_TRUE(message.Append(store("second.cat", {{"M1", "second"}, {"M3", "only second"}})));
     message.PrintCode(false);
     EXPECT_EQ(static_cast<std::string&>(message["M1"] << "x" << 5), "A x B 5");
+    EXPECT_EQ(message["M3"].Text(), "only second");
     EXPECT_EQ(message["M1-missing"].Text(), "Message M1-missing not found");
     EXPECT_EQ(message.GetArgumentsNumber("M1"), 2);
     EXPECT_EQ(message.GetArgumentsNumber("M1-missing"), 0);
-}
-
-TEST_F(MessageTest, ErrorFillsFourPlaceholders) {
-    Message message(store("e.cat", {{"M2", "%1 (code %2, severity %3, at %4)"}}));
-    message.PrintCode(false);
-    message["M2"] << QIBError("disk full", 28, 8, "file/src/osl_file", 12);
+    message["M2"] << QIBError("disk full", 28, 8, "file/src/osl_file", 12);  // an error fills four
     EXPECT_EQ(message.Text(), "disk full (code 28, severity 8, at file/src/osl_file 12)");
-}
-
-TEST_F(MessageTest, FirstCatalogWins) {
-    Message message(store("first.cat", {{"M3", "first"}}));
-    EXPECT_TRUE(message.Append(store("second.cat", {{"M3", "second"}, {"M3b", "only second"}})));
-    message.PrintCode(false);
-    EXPECT_EQ(message["M3"].Text(), "first");
-    EXPECT_EQ(message["M3b"].Text(), "only second");
-    EXPECT_TRUE(Message().HasEntry("M3b"));  // another message sees the same catalog
+    EXPECT_TRUE(Message().HasEntry("M3"));  // another message sees the same catalog
 }
 
 TEST_F(MessageTest, MessagePathIsTheCatalogDirectory) {
