@@ -19,11 +19,7 @@ namespace {
 // The error f throws, or a marker that fails every comparison.
 template <class F>
 QIBError thrown(F f) {
-    try {
-        f();
-    } catch (const QIBError& e) {
-        return e;
-    }
+    try { f(); } catch (const QIBError& e) { return e; }
     return QIBError("no error thrown", -1, -1, "", 0);
 }
 

@@ -31,11 +31,7 @@ std::string utf8(uint32_t c) {
 
 // The text of a result (a SpaceCode cell reads as a blank), or the exception's text.
 std::string outcome(const std::function<VS()>& f) {
-    try {
-        return f().ToUTF8String();
-    } catch (const std::out_of_range& e) {
-        return e.what();
-    }
+    try { return f().ToUTF8String(); } catch (const std::out_of_range& e) { return e.what(); }
 }
 
 // No wide pad without its character before it, no wide character without its pad, and maps that
