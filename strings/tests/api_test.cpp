@@ -4,30 +4,23 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
 TEST(StringsApiTest, ConvertsThroughTheSharedLibrary) {
     Osl_UnicodeConfiguration::SetUnicodeMode(true);
     Osl_UTF8String s(u"a\u00E9\u20AC");
     EXPECT_EQ(s.LengthInChars(), 3u);
-    EXPECT_EQ(s.ToWString(), u"a\u00E9\u20AC");
     Osl_UnicodeConverter converter;
     converter.SetCurrentEncoding("windows-1252");
     std::string legacy;
     EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(s, legacy), ConversionOK);
     EXPECT_EQ(legacy, "a\xE9\x80");
-    EXPECT_EQ(Osl_UnicodeConfiguration::Instance()->GetEncodingDescription("cp1252"),
-              "Windows Latin 1, Western European");
     Osl_UnicodeConfiguration::SetUnicodeMode(false);
 }
 
 TEST(StringsApiTest, PatternsThroughTheSharedLibrary) {
     Osl_RegularExpression re("(b+)", true);
     EXPECT_EQ(re.search("aBbc", 0, Osl_RegularExpression::npos), Osl_RegularExpression::range(1, 3));
-    EXPECT_EQ(re.group(re.groups()), Osl_RegularExpression::range(1, 3));
-    std::string s = "abba";
-    EXPECT_EQ(re.replace(s, 0, std::string::npos, "-", true), 1u);
     EXPECT_THROW(re.pattern("("), QIBError);
     EXPECT_TRUE(WildcardString("*.ini", false).Match("QIB_FDS.INI"));
     Osl_UTF8String regexp;
@@ -37,7 +30,4 @@ TEST(StringsApiTest, PatternsThroughTheSharedLibrary) {
     text.AddVariable("JOB", "run");
     text.AddVariable("part", "7");
     EXPECT_EQ(text.Resolve(false), "log_run7");
-    std::ostringstream out;
-    out << text;
-    EXPECT_EQ(out.str(), "log_%%job.%%Part\nJOB=run\npart=7\n");
 }

@@ -19,11 +19,7 @@ namespace {
 // The error f throws, or a marker that fails every comparison.
 template <class F>
 QIBError thrown(F f) {
-    try {
-        f();
-    } catch (const QIBError& e) {
-        return e;
-    }
+    try { f(); } catch (const QIBError& e) { return e; }
     return QIBError("no error thrown", -1, -1, "", 0);
 }
 
@@ -40,12 +36,7 @@ protected:
 }  // namespace
 
 TEST_F(UnicodeConfigurationTest, RecordsAreFoundByEveryAliasAndUnknownNamesFail) {
-    const struct {
-        const char* name;
-        const char* description;
-        bool ibm, dbcs;
-        const char* windows;
-    } cases[] = {
+    const struct { const char *name, *description; bool ibm, dbcs; const char* windows; } cases[] = {
         {"MS1252", "Windows Latin 1, Western European", false, false, "MS1252"},
         {"ISO-8859-1", "ISO 8859-1 Latin 1, Western European", false, false, "MS1252"},
         {"ibm-939", "IBM EBCDIC Japanese Latin mixed", true, true, "MS932"},
@@ -89,7 +80,6 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
         lowered.push_back(l);
     }
     EXPECT_TRUE(std::is_sorted(lowered.begin(), lowered.end()));
-
     std::list<std::string> found;
     conf_->WindowsEncoding2Encoding("MS932", found);
     EXPECT_EQ(found, (std::list<std::string>{"IBM-930", "IBM-939", "MS932"}));
@@ -113,7 +103,6 @@ TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
     EXPECT_EQ(noLocaleDir.Code(), 98);
     EXPECT_EQ(noLocaleDir.Severity(), 12);
     EXPECT_EQ(noLocaleDir.Where(), "strings/src/unicode_configuration 227");
-
     unicode.localedir = "/usr/share/icu";
     conf_->Init(unicode);
     EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
@@ -121,7 +110,6 @@ TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
     EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "MS1252");  // from the default
     conf_->Init();  // a second Init changes nothing
     EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-
     Osl_UnicodeSettings legacy;  // no mode: legacy, whatever else is set
     legacy.localedir = "/usr/share/icu";
     legacy.default_character_set = "MS1250";
@@ -137,7 +125,6 @@ TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
     conf_->Init();  // no reader: what was set stays
     EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
     EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
-
     int calls = 0;
     Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
         ++calls;
@@ -149,7 +136,6 @@ TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
     EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
     conf_->Init();
     EXPECT_EQ(calls, 1);
-
     Osl_UnicodeConfiguration::SetSettingsReader([] {
         Osl_UnicodeSettings s;
         s.mode = "unicode";
@@ -169,7 +155,6 @@ TEST_F(UnicodeConfigurationTest, CalendarNamesComeFromIcuInTheModesText) {
     EXPECT_EQ(months[11], "December");
     ASSERT_EQ(shortDays.size(), 7u);
     EXPECT_EQ(shortDays[0], "Sun");
-
     std::vector<std::string> german, germanUnicode, days;
     conf_->GetMonthNames("German", german);  // legacy mode: windows-1252 bytes
     EXPECT_EQ(german[2], "M\xE4rz");
@@ -192,7 +177,6 @@ TEST_F(UnicodeConfigurationTest, RightToLeftAndSortOrder) {
         EXPECT_TRUE(conf_->IsCharacterRTL("\xD7\x90", "Hebrew"));
         EXPECT_TRUE(conf_->IsCharacterRTL("\xD8\xA7", "Arabic"));
         EXPECT_EQ(conf_->GetLanguageAbbreviatedName("Hebrew"), "he");
-
         // Byte order puts ä (C3 A4) after b; German collation before it.
         EXPECT_GT(Osl_UnicodeConfiguration::lex_str_compare_func("\xC3\xA4", "b"), 0);
         conf_->SetSortOrder("German");

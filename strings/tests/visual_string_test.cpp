@@ -31,11 +31,7 @@ std::string utf8(uint32_t c) {
 
 // The text of a result (a SpaceCode cell reads as a blank), or the exception's text.
 std::string outcome(const std::function<VS()>& f) {
-    try {
-        return f().ToUTF8String();
-    } catch (const std::out_of_range& e) {
-        return e.what();
-    }
+    try { return f().ToUTF8String(); } catch (const std::out_of_range& e) { return e.what(); }
 }
 
 // No wide pad without its character before it, no wide character without its pad, and maps that
@@ -117,11 +113,7 @@ TEST(VisualStringTest, BoundaryInsideAWideCharacterFollowsThePolicy) {
     osl::test::ScopedUnicodeMode mode(true);
     const VS s("a" + kHan + "b");  // columns: a, 中, pad, b
     const VS x("x");
-    const struct {
-        const char* what;
-        std::function<VS()> op;
-        std::string expected;
-    } cases[] = {
+    const struct { const char* what; std::function<VS()> op; std::string expected; } cases[] = {
         {"substr, accept end", [&] { return s.SubstrInNarrowChars(0, 2, VS::EndAccept); }, "a "},
         {"substr, extend end", [&] { return s.SubstrInNarrowChars(0, 2, VS::EndExtend); }, "a" + kHan},
         {"substr, no policy", [&] { return s.SubstrInNarrowChars(0, 2); }, "Out of range"},
@@ -159,17 +151,9 @@ TEST(VisualStringTest, LegacyModeWorksOnBytes) {
     s.ResizeInNarrowChars(6, VS("-"));
     EXPECT_EQ(s.ToUTF8String().ToString(), "ab\xFE\xFF--");
     EXPECT_THROW(s.InsertInNarrowChars(7, VS("x")), std::out_of_range);
-}
-
-// Bytes kept from legacy mode may look like orphan wide pads once Unicode mode is on: edits near
-// them must stay inside the string.
-TEST(VisualStringTest, LegacyBytesReadInUnicodeModeStayInBounds) {
-    VS s;
-    {
-        osl::test::ScopedUnicodeMode legacy(false);
-        s = VS("\xFF\xFF\xFF\xFF\xFF\xFF" "abc");
-    }
-    osl::test::ScopedUnicodeMode mode(true);
+    // Legacy bytes that look like orphan wide pads in Unicode mode: edits near them stay in bounds.
+    s = VS("\xFF\xFF\xFF\xFF\xFF\xFF" "abc");
+    osl::test::ScopedUnicodeMode unicode(true);
     for (long policy : {0, 1, 2, 4, 16, 32, 64})
         for (size_t pos = 0; pos <= 3; ++pos) {
             EXPECT_EQ(VS(s).EraseInNarrowChars(pos, 1, policy).LengthInNarrowChars(), pos < 3 ? 2u : 3u);
@@ -181,9 +165,7 @@ TEST(VisualStringTest, LegacyBytesReadInUnicodeModeStayInBounds) {
 // fixed so that a failure repeats.
 TEST(VisualStringTest, RandomTextsKeepTheirInvariants) {
     osl::test::ScopedUnicodeMode mode(true);
-    const struct {
-        uint32_t first, last, width;
-    } pools[] = {{0x20, 0x7E, 1}, {0xC0, 0x17F, 1}, {0x4E00, 0x9FA5, 2},
+    const struct { uint32_t first, last, width; } pools[] = {{0x20, 0x7E, 1}, {0xC0, 0x17F, 1}, {0x4E00, 0x9FA5, 2},
                  {0xAC00, 0xD7A3, 2}, {0xFF61, 0xFF9F, 1}, {0xFF01, 0xFF5E, 2}};
     const long policies[] = {0, 1, 2, 4, 16, 32, 64, 1 | 32, 2 | 16, 4 | 64};
     std::mt19937 random(20241123);

@@ -36,10 +36,7 @@ std::string resolve(const std::string& pattern, bool keepWidth,
 }
 
 TEST(AutoEditStringTest, ResolvesUserVariables) {
-    const struct {
-        const char* pattern;
-        const char* expected;
-    } cases[] = {
+    const struct { const char* pattern; const char* expected; } cases[] = {
         {"a%%A b", "ax b"},      {"%%$A", "x"},         {"%%a", "x"},  // names ignore case
         {"%%B", "%%B"},          {"file.%%A", "filex"}, {"file.%%B", "file%%B"},
         {"%%A.%%A", "xx"},       {"100%", "100%"},      {"%%%A", "%x"},
@@ -66,12 +63,7 @@ TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
 }
 
 TEST(AutoEditStringTest, FixedWidthKeepsTheColumns) {
-    const struct {
-        const char* pattern;
-        const char* value;
-        const char* normal;
-        const char* fixed;
-    } cases[] = {
+    const struct { const char *pattern, *value, *normal, *fixed; } cases[] = {
         {"%%A   |", "x", "x   |", "x     |"},
         {"%%A   |", "abcdef", "abcdef   |", "abcdef|"},
         {"%%A |", "abcdef", "abcdef |", "abcd|"},  // no blank left for e and f
@@ -96,11 +88,7 @@ TEST(AutoEditStringTest, DateIsTodayUnlessAUserVariableTakesTheName) {
 }
 
 TEST(AutoEditStringTest, DateDirectives) {
-    const struct {
-        const char* format;
-        int year, month, day;
-        const char* expected;
-    } cases[] = {
+    const struct { const char* format; int year, month, day; const char* expected; } cases[] = {
         {"%s%m%d", 2024, 3, 5, "240305"},   {"%y-%m-%d", 2009, 12, 31, "09-12-31"},
         {"%Y/%m/%d", 2024, 1, 9, "2024/01/09"}, {"%d.%m.%Y", 987, 7, 4, "04.07.0987"},
         {"100%%", 2024, 1, 1, "100%"},     {"%q %", 2024, 1, 1, "%q %"},

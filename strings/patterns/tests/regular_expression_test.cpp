@@ -22,12 +22,7 @@ protected:
 
 TEST_P(RegularExpressionTest, SearchFindsByteRangesInsideTheSpan) {
     const range none = Osl_RegularExpression::not_found();
-    const struct {
-        const char* pattern;
-        const char* subject;
-        std::size_t pos, len;
-        range expected;
-    } cases[] = {
+    const struct { const char *pattern, *subject; std::size_t pos, len; range expected; } cases[] = {
         {"b+", "abbbc", 0, npos, {1, 4}},
         {"b+", "abbbc", 0, 3, {1, 3}},       // the span ends the match
         {"c", "abbbc", 4, 100, {4, 5}},      // a span past the end is cut
@@ -68,21 +63,18 @@ TEST_P(RegularExpressionTest, GroupsCountUntilTheFirstGroupThatDidNotTakePart) {
     EXPECT_EQ(re.group(1), range(3, 5));
     EXPECT_EQ(re.group(2), range(6, 9));
     EXPECT_EQ(re.group(3), Osl_RegularExpression::not_found());
-
     Osl_RegularExpression gap("(a)(b)?(c)");
     ASSERT_EQ(gap.match("xac"), 2);
     EXPECT_EQ(gap.groups(), 1u);
     EXPECT_EQ(gap.group(2), Osl_RegularExpression::not_found());
     EXPECT_EQ(gap.group(3), range(2, 3));
-
     re.search("nothing", 0, npos);
     EXPECT_EQ(re.groups(), 0u) << "no match, no groups";
 }
 
 TEST_P(RegularExpressionTest, ReplaceGoesOnBehindTheInsertedText) {
     const struct {
-        const char* pattern;
-        const char* subject;
+        const char *pattern, *subject;
         std::size_t pos, len;
         const char* with;
         bool all;

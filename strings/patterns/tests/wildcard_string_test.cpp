@@ -18,10 +18,7 @@ using osl::test::ScopedUnicodeMode;
 
 // HasPattern looks at the translation: a ? became a dot.
 TEST(WildcardStringTest, TranslationEscapesAndAnchors) {
-    const struct {
-        std::string wildcard, regexp;
-        bool hasPattern;
-    } cases[] = {
+    const struct { std::string wildcard, regexp; bool hasPattern; } cases[] = {
         {"*.txt", "^.*\\.txt$", true},
         {"a?c", "^a.c$", false},
         {"\\^$.[]+|()", "^\\\\\\^\\$\\.\\[\\]\\+\\|\\(\\)$", false},
@@ -39,11 +36,7 @@ TEST(WildcardStringTest, TranslationEscapesAndAnchors) {
 }
 
 TEST(WildcardStringTest, MatchesWholeNamesOnly) {
-    const struct {
-        const char* wildcard;
-        const char* name;
-        bool matches;
-    } cases[] = {
+    const struct { const char* wildcard; const char* name; bool matches; } cases[] = {
         {"*.txt", "notes.txt", true}, {"*.txt", "notes.txt.bak", false}, {"a?c", "ac", false},
         {"*", "", false},  // an empty match is no match
         {"*.TXT", "notes.txt", false}, {"[ab]", "[ab]", true},
