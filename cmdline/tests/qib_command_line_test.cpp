@@ -23,17 +23,10 @@ public:
     Strings history() const { return {m_History.begin(), m_History.end()}; }
 };
 
-TestLine initNarrow(Strings args) {
-    std::vector<char*> argv;
-    for (std::string& a : args) argv.push_back(a.data());
-    TestLine line;
-    line.Init(static_cast<int>(argv.size()), argv.data());
-    return line;
-}
-
-TestLine initWide(std::vector<std::u16string> args) {
-    std::vector<char16_t*> argv;
-    for (std::u16string& a : args) argv.push_back(a.data());
+template <class Char>
+TestLine init(std::vector<std::basic_string<Char>> args) {
+    std::vector<Char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
     TestLine line;
     line.Init(static_cast<int>(argv.size()), argv.data());
     return line;
@@ -51,18 +44,18 @@ TEST(QIBCommandLineTest, InitJoinsOptionsWithTheirValues) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.args));
-        TestLine line = initNarrow(c.args);
+        TestLine line = init<char>(c.args);
         EXPECT_EQ(line.pending(), c.pending);
         EXPECT_EQ(line.GetArg0(), "prog");
     }
 }
 
 TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsNarrowsBytewiseAndAppends) {
-    TestLine line = initWide({u"prog", u"", u"-a"});
+    TestLine line = init<char16_t>({u"prog", u"", u"-a"});
     EXPECT_EQ(line.pending(), (Strings{"", "-a"}));
     EXPECT_EQ(line.GetArg0(), "prog");
     // Both bytes of U+4142 are non-zero: each byte starts a run, so they repeat.
-    TestLine odd = initWide({u"p", u"\u4142c"});
+    TestLine odd = init<char16_t>({u"p", u"\u4142c"});
     EXPECT_EQ(odd.pending(), (Strings{"BAcAcc"}));
     char p2[] = "p2", b[] = "-b";  // Init on a used object appends
     char* argv[] = {p2, b};
@@ -73,20 +66,20 @@ TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsNarrowsBytewiseAndAppends) {
 
 TEST(QIBCommandLineTest, UnicodeModeConvertsArgumentsToUtf8AndUpperCasesNames) {
     osl::test::ScopedUnicodeMode mode(true, "Latin1", "Latin1");
-    TestLine narrow = initNarrow({"p", "-\xFC" "ber=\xE9" "t\xE9"});  // Latin-1 from the file system
+    TestLine narrow = init<char>({"p", "-\xFC" "ber=\xE9" "t\xE9"});  // Latin-1 from the file system
     EXPECT_EQ(narrow.pending(), Strings{"-\xC3\xBC" "ber=\xC3\xA9" "t\xC3\xA9"});
     std::string name, value;
     ASSERT_TRUE(narrow.ReadOption(name, value));
     EXPECT_EQ(name, "-\xC3\x9C" "BER");
     EXPECT_EQ(value, "\xC3\xA9" "t\xC3\xA9");
 
-    TestLine wide = initWide({u"p", u"-\u00fcber=\u4142", u""});
+    TestLine wide = init<char16_t>({u"p", u"-\u00fcber=\u4142", u""});
     EXPECT_EQ(wide.pending(), (Strings{"-\xC3\xBC" "ber=\xE4\x85\x82", ""}));
     EXPECT_EQ(wide.GetOptionValue("-\xC3\xBC" "BER"), "\xE4\x85\x82");
 }
 
 TEST(QIBCommandLineTest, ReadAndPeekSplitNameAndValue) {
-    TestLine line = initNarrow({"p", "-out=a=b", "file.txt"});
+    TestLine line = init<char>({"p", "-out=a=b", "file.txt"});
     std::string name = "old", value = "old";
     ASSERT_TRUE(line.PeakOption(name, value));
     EXPECT_EQ(name, "-OUT");
@@ -104,7 +97,7 @@ TEST(QIBCommandLineTest, ReadAndPeekSplitNameAndValue) {
 }
 
 TEST(QIBCommandLineTest, ResetAppendsTheWholeHistoryEachTime) {
-    TestLine line = initNarrow({"p", "-a", "-b", "-c"});
+    TestLine line = init<char>({"p", "-a", "-b", "-c"});
     std::string name, value;
     line.ReadOption(name, value);
     line.ReadOption(name, value);
@@ -115,7 +108,7 @@ TEST(QIBCommandLineTest, ResetAppendsTheWholeHistoryEachTime) {
 }
 
 TEST(QIBCommandLineTest, LookupsIgnoreCaseOfNamesAndTextForms) {
-    TestLine line = initNarrow({"p", "-v=1", "-OUT=x", "word", "-out=", "-out=y"});
+    TestLine line = init<char>({"p", "-v=1", "-OUT=x", "word", "-out=", "-out=y"});
     EXPECT_TRUE(line.HasOption("-v"));
     EXPECT_FALSE(line.HasFlag("-v"));
     EXPECT_TRUE(line.HasFlag("-Out"));  // -out= has an empty value

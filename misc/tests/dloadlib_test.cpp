@@ -26,31 +26,27 @@ public:
 };
 
 TEST(OslLoadlibraryTest, FailuresCarryThePublishedTextCodeSeverityAndWhere) {
-    OslLoadlibrary notLoaded;
-    const QIBError noLibrary = thrownBy([&] { notLoaded.getProcAddress("x"); });
-    EXPECT_EQ(noLibrary.What(), "getProcAddress: library not loaded ");
-    EXPECT_EQ(noLibrary.Code(), 1);
-    EXPECT_EQ(noLibrary.Severity(), 8);
-    EXPECT_EQ(noLibrary.Where(), "misc\\src\\dloadlib 49");
-
-    OslLoadlibrary missing;
-    const std::string path = "/nonexistent/osl/libmissing.so";
-    const QIBError noFile = thrownBy([&] { missing.loadLibrary(path); });
-    EXPECT_EQ(noFile.What().rfind("loadLibrary:LoadLibrary failed - " + path + ":", 0), 0u)
-        << noFile.What();
-    EXPECT_NE(noFile.What().find("No such file"), std::string::npos) << noFile.What();
-    EXPECT_EQ(noFile.Code(), 2);
-    EXPECT_EQ(noFile.Severity(), 8);
-    EXPECT_EQ(noFile.Where(), "misc\\src\\dloadlib 38");
-
-    OslLoadlibrary plugin;
+    OslLoadlibrary notLoaded, missing, plugin;
     plugin.loadLibrary(OSL_TEST_PLUGIN_PATH);
-    const QIBError noSymbol = thrownBy([&] { plugin.getProcAddress("osl_no_such_function"); });
-    EXPECT_EQ(noSymbol.What().rfind("getProcAddress: GetProcAddress failed - ", 0), 0u);
-    EXPECT_NE(noSymbol.What().find("osl_no_such_function"), std::string::npos) << noSymbol.What();
-    EXPECT_EQ(noSymbol.Code(), -1);  // the loader sets no errno for a missing symbol
-    EXPECT_EQ(noSymbol.Severity(), 8);
-    EXPECT_EQ(noSymbol.Where(), "misc\\src\\dloadlib 76");
+    const std::string path = "/nonexistent/osl/libmissing.so";
+    const struct { std::function<void()> action; std::string start, contains; long code; const char* where; } cases[] = {
+        {[&] { notLoaded.getProcAddress("x"); }, "getProcAddress: library not loaded ", "", 1, "misc\\src\\dloadlib 49"},
+        {[&] { missing.loadLibrary(path); }, "loadLibrary:LoadLibrary failed - " + path + ":", "No such file", 2,
+         "misc\\src\\dloadlib 38"},
+        // The loader sets no errno for a missing symbol.
+        {[&] { plugin.getProcAddress("osl_no_such_function"); }, "getProcAddress: GetProcAddress failed - ",
+         "osl_no_such_function", -1, "misc\\src\\dloadlib 76"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.where);
+        const QIBError e = thrownBy(c.action);
+        if (c.contains.empty()) { EXPECT_EQ(e.What(), c.start); }
+        EXPECT_EQ(e.What().rfind(c.start, 0), 0u) << e.What();
+        EXPECT_NE(e.What().find(c.contains), std::string::npos) << e.What();
+        EXPECT_EQ(e.Code(), c.code);
+        EXPECT_EQ(e.Severity(), 8);
+        EXPECT_EQ(e.Where(), c.where);
+    }
 }
 
 TEST(OslLoadlibraryTest, ResolvesAndFreesAndBadFilesAndNamesLeaveNoLibrary) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -25,29 +26,21 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-std::mutex capturedGuard;  // guards capturedLines(): the collector thread logs too
-std::vector<std::string>& capturedLines() {
-    static std::vector<std::string> lines;
-    return lines;
-}
+std::mutex capturedGuard;  // guards capturedLines: the collector thread logs too
+std::vector<std::string> capturedLines;
 void capture(const char* line) {
     std::lock_guard guard(capturedGuard);
-    capturedLines().emplace_back(line);
+    capturedLines.emplace_back(line);
 }
 // The logged lines from the severity tag on ("-INFO  OslLock::Lock : ..."), and forgets them.
 std::vector<std::string> takeLines() {
     std::lock_guard guard(capturedGuard);
     std::vector<std::string> tails;
-    for (const std::string& line : capturedLines()) tails.push_back(line.substr(line.find(" -") + 1));
-    capturedLines().clear();
+    for (const std::string& line : capturedLines) tails.push_back(line.substr(line.find(" -") + 1));
+    capturedLines.clear();
     return tails;
 }
-bool logged(const std::string& tail) {
-    for (const std::string& line : takeLines()) {
-        if (line == tail) return true;
-    }
-    return false;
-}
+bool logged(const std::string& tail) { return std::ranges::count(takeLines(), tail) > 0; }
 
 bool eventually(const std::function<bool()>& condition) {
     for (int i = 0; i < 1000; ++i) {
@@ -257,12 +250,7 @@ TEST_P(ComputerLockTest, RefusesSymbolicLinks) {
     fs::create_directory(dir_.file("real"));
     fs::create_symlink(dir_.file("target"), dir_.file("planted"));
     fs::create_directory_symlink(dir_.file("real"), dir_.file("linked"));
-    struct Case {
-        std::string path;  // of the lock; empty: the default directory
-        std::string name;
-        std::string defaultDirectory;
-        std::string file;
-    };
+    struct Case { std::string path, name, defaultDirectory, file; };  // path empty: the default directory
     const Case cases[] = {
         {dir_.path().string(), "planted", "", dir_.file("planted")},
         {"", "n", dir_.file("linked"), dir_.file("linked") + "/n"},
