@@ -7,6 +7,11 @@
 //   osl_soak ini DIR SECONDS WRITERS       BackupIni flushes while a reader loads: always one table
 //   osl_soak remote DIR SECONDS CLIENTS    RemoteIni clients load and store through lighttpd and
 //                                          the endpoint (OSL_HTTP_FILE_CGI): every load one table
+//   osl_soak locks DIR SECONDS PROCESSES   counters under computer-scope locks of four names
+//                                          (the collector deleting idle lock files): exact counts
+//   osl_soak stats DIR DAYS THREADS        the statistics thread on a fake clock stepped 30 s at a
+//                                          time through DAYS days while THREADS threads report
+//                                          events: every report there, every event in each total
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vum-qib-osl/ini/ini.h>
@@ -17,6 +22,11 @@
 #include <vum-qib-osl/log/log_msg.h>
 #include <vum-qib-osl/misc/osl_init.h>
 #include <vum-qib-osl/misc/qib_error.h>
+#include <vum-qib-osl/statistics/statistics_thread.h>
+#include <vum-qib-osl/sync/osl_lock.h>
+
+#include <atomic>
+#include <array>
 
 #include <chrono>
 #include <cstdio>
@@ -32,6 +42,8 @@
 #include <vector>
 
 #include "ini/tests/http_file_server.h"
+#include "statistics/src/statistics_state.h"
+#include "tests/support/fake_clock.h"
 
 namespace {
 
@@ -161,7 +173,8 @@ struct Tally {
 // returns false or throws is bad. The tallies come back through DIR/count.P; ran is false when
 // a child could not be run or had a bad round.
 std::vector<Tally> inRounds(const fs::path& dir, int seconds, int count, bool& ran,
-                            const std::function<bool(int, long)>& round) {
+                            const std::function<bool(int, long)>& round,
+                            const std::function<void(int)>& finish = {}) {
     const auto until = Clock::now() + std::chrono::seconds(seconds);
     ran = inChildren(count, [&](int p) {
         Tally t;
@@ -173,6 +186,7 @@ std::vector<Tally> inRounds(const fs::path& dir, int seconds, int count, bool& r
             }
         }
         std::ofstream(dir / ("count." + std::to_string(p))) << t.rounds << " " << t.bad;
+        if (finish) finish(p);
         return t.bad == 0 ? 0 : 1;
     });
     std::vector<Tally> tallies(static_cast<size_t>(count));
@@ -236,13 +250,179 @@ int soakRemote(const fs::path& dir, int seconds, int clients) {
     return verdict("remote", summary.str(), ran && rounds > 0 ? "" : "a load saw no single table");
 }
 
+// Each round takes one of four computer-scope locks: exclusive (or by TryLock) to add one to the
+// counter file the name guards, rewriting it in place, or shared to read it, when it must hold a
+// whole number. Each process leaves how often it added to each counter in DIR/done.P; the
+// counters must end at the sums. The short rounds let the lock collector delete idle lock files
+// while others open them.
+int soakLocks(const fs::path& dir, int seconds, int processes) {
+    constexpr int kNames = 4;
+    const auto counter = [&](int k) { return dir / ("counter." + std::to_string(k)); };
+    for (int k = 0; k < kNames; ++k) std::ofstream(counter(k)) << 0;
+    std::array<long, kNames> done{};
+    const auto addOne = [&](int k) {
+        long value = -1;
+        std::ifstream(counter(k)) >> value;
+        std::ofstream(counter(k)) << value + 1;
+        ++done[static_cast<size_t>(k)];
+        return value >= 0;
+    };
+    bool ran = false;
+    const auto tallies = inRounds(
+        dir, seconds, processes, ran,
+        [&](int p, long n) {
+            const int k = static_cast<int>((n + p) % kNames);
+            OslLock lock(dir.string(), "soak" + std::to_string(k));
+            if (n % 8 == 3) {
+                if (!lock.Lock(OslLockShareShared)) return false;
+                long value = -1;
+                std::ifstream(counter(k)) >> value;
+                lock.Unlock(OslLockShareShared);
+                return value >= 0;
+            }
+            if (n % 8 == 5) {
+                if (!lock.TryLock(OslLockShareExclusive)) return true;
+            } else if (!lock.Lock(OslLockShareExclusive)) {
+                return false;
+            }
+            const bool whole = addOne(k);
+            lock.Unlock(OslLockShareExclusive);
+            return whole;
+        },
+        [&](int p) {
+            std::ofstream out(dir / ("done." + std::to_string(p)));
+            for (long d : done) out << d << " ";
+        });
+    std::array<long, kNames> expected{};
+    for (int p = 0; p < processes; ++p) {
+        std::ifstream in(dir / ("done." + std::to_string(p)));
+        for (long& e : expected) {
+            long d = 0;
+            in >> d;
+            e += d;
+        }
+    }
+    long rounds = 0, bad = 0, wrong = 0, total = 0;
+    for (const Tally& t : tallies) {
+        rounds += t.rounds;
+        bad += t.bad;
+    }
+    for (int k = 0; k < kNames; ++k) {
+        long value = -1;
+        std::ifstream(counter(k)) >> value;
+        wrong += value != expected[static_cast<size_t>(k)];
+        total += value;
+    }
+    std::ostringstream summary;
+    summary << processes << " processes, " << rounds << " rounds, " << total << " additions, "
+            << wrong << " counters off, " << bad << " bad rounds";
+    return verdict("locks", summary.str(),
+                   ran && wrong == 0 && total > 0 ? "" : "a counter lost or gained an addition");
+}
+
+// Sums of the first counter's count and sum columns over the data rows of a report file, and the
+// number of rows.
+struct Totals {
+    long rows = 0;
+    long count = 0;
+    long sum = 0;
+};
+
+Totals totalsOf(const fs::path& file) {
+    Totals t;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) {
+        if (line.starts_with("\"Time\"")) continue;
+        long count = 0, sum = 0;
+        const size_t comma = line.find(',');
+        if (comma == std::string::npos || std::sscanf(line.c_str() + comma, ",%ld,%ld", &count, &sum) != 2)
+            return {-1, -1, -1};
+        ++t.rows;
+        t.count += count;
+        t.sum += sum;
+    }
+    return t;
+}
+
+// The statistics thread writes hour, day and month reports on a fake clock that the main thread
+// moves 30 seconds at a time from 1 January 2025, 00:00 (UTC), through `days` days and into the
+// next month, while `threads` threads report events until the last day begins. Every hour, day
+// and month that ended must have its report, and each file's totals must equal what was reported.
+int soakStats(const fs::path& dir, int days, int threads) {
+    const osl::test::ScopedTimeZone utc("UTC");
+    osl::test::FakeClock clock(2025, 1, 1, 0, 0, 0);
+    CQibOsl_Statistics_OutputReportToFiles files((dir / "hour.csv").string(), (dir / "day.csv").string(),
+                                                 (dir / "month.csv").string());
+    CQibOsl_Statistics_Thread thread(&files);
+    thread.Start();
+    for (auto enable : {&CQibOsl_Statistics_Thread::EnableStatistics, &CQibOsl_Statistics_Thread::EnableHourReport,
+                        &CQibOsl_Statistics_Thread::EnableDayReport, &CQibOsl_Statistics_Thread::EnableMonthReport}) {
+        enable();
+    }
+    CQibOsl_Statistics_EventPerMinuteCounter events("E");
+    CQibOsl_Statistics_UpDownCounter level("L");
+    if (!clock.waitForSleeps(1)) {
+        osl::detail::resetStatistics();
+        return verdict("stats", "no thread", "the statistics thread never slept");
+    }
+    std::atomic<bool> reporting{true};
+    std::atomic<long> count{0}, sum{0};
+    std::vector<std::thread> reporters;
+    for (int r = 0; r < threads; ++r) {
+        reporters.emplace_back([&, r] {
+            for (long i = r; reporting.load(); i += threads) {
+                const long value = i % 7 + 1;
+                events.ReportEventA(value);
+                level.Inc();
+                level.Dec();
+                count += 1;
+                sum += value;
+                if (i % 64 == 0) std::this_thread::sleep_for(std::chrono::microseconds(50));
+            }
+        });
+    }
+    // The run ends 30 s into the month after the last day, whose report is then written too.
+    using namespace std::chrono;
+    const sys_days first{2025y / January / 1};
+    const year_month_day last{first + std::chrono::days(days - 1)};
+    const sys_days next{(last.year() / last.month() + months(1)) / 1};
+    const long end = duration_cast<seconds>(next - first).count() + 30;
+    const long stopAt = static_cast<long>(days - 1) * 86400;
+    long stalls = !clock.step(60);  // the thread's first sleep is a minute long
+    for (long t = 60; t < end; t += 30) {
+        if (t >= stopAt && reporting) {
+            reporting = false;
+            for (std::thread& r : reporters) r.join();
+        }
+        stalls += !clock.step(30);
+    }
+    osl::detail::resetStatistics();  // stops the thread before the clock goes
+    const Totals hour = totalsOf(dir / "hour.csv"), day = totalsOf(dir / "day.csv"),
+                 month = totalsOf(dir / "month.csv");
+    const long closedDays = (end - 30) / 86400;
+    const long closedMonths = (year_month_day{next}.year() - 2025y).count() * 12 +
+                              static_cast<long>(static_cast<unsigned>(year_month_day{next}.month())) - 1;
+    std::ostringstream summary;
+    summary << closedDays << " days, " << count << " events, " << hour.rows / 60 << " hour, " << day.rows / 24
+            << " day and " << month.rows / 31 << " month reports, " << stalls << " stalls";
+    std::string failure;
+    for (const auto& [name, t] : {std::pair{"hour", hour}, {"day", day}, {"month", month}}) {
+        if (t.count != count || t.sum != sum) failure += std::string(name) + " totals differ; ";
+    }
+    if (hour.rows != closedDays * 24 * 60 || day.rows != closedDays * 24 || month.rows != closedMonths * 31)
+        failure += "reports missing; ";
+    if (stalls != 0) failure += "the thread stalled; ";
+    return verdict("stats", summary.str(), failure);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     InitOSL();
     const std::vector<std::string> args(argv + 1, argv + argc);
     if (args.size() != 4) {
-        std::cerr << "usage: osl_soak log|ini|remote DIR SECONDS PROCESSES\n";
+        std::cerr << "usage: osl_soak log|ini|remote|locks DIR SECONDS PROCESSES\n"
+                     "       osl_soak stats DIR DAYS THREADS\n";
         return 2;
     }
     const fs::path dir = args[1];
@@ -254,6 +434,8 @@ int main(int argc, char** argv) {
     if (args[0] == "log") status = soakLog(dir, seconds, processes);
     if (args[0] == "ini") status = soakIni(dir, seconds, processes);
     if (args[0] == "remote") status = soakRemote(dir, seconds, processes);
+    if (args[0] == "locks") status = soakLocks(dir, seconds, processes);
+    if (args[0] == "stats") status = soakStats(dir, seconds, processes);
     if (status == 0) fs::remove_all(dir);  // a failed run leaves its files to look at
     return status;
 }
