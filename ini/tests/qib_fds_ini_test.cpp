@@ -126,18 +126,8 @@ TEST_F(UnicodeSettingsTest, DefaultsAndFailures) {
     EXPECT_EQ(read.os_file_systemnative_character_set, "Latin1");
     initFromInstallation();
     EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
-
-    osl::test::writeFile(settings_, "[unicode]\nmode=unicode\n");
-    try {
-        initFromInstallation();
-        FAIL() << "Unicode mode without a locale directory";
-    } catch (const QIBError& e) {
-        EXPECT_EQ(e.What(), "localedir is not set");
-    }
-
     // A settings file that does not parse leaves the defaults.
     osl::test::writeFile(settings_, "mode=unicode\n");
-    EXPECT_THROW(osl::detail::readUnicodeSettings(installation_), QIBError);
     Osl_UnicodeConfiguration::SetUnicodeMode(true);
     initFromInstallation();
     EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
