@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -57,18 +56,6 @@ TEST(OslFstreamTest, TwoWritersHoldTheSameFileAndFlushOnDestruction) {
     EXPECT_EQ(readFile(path), "first\n");
     second.reset();
     EXPECT_EQ(readFile(path), "first\nsecond\n");
-}
-
-TEST(OslFstreamTest, UnicodeNamesGoToTheFileSystemEncoding) {
-    osl::test::TempDir dir;
-    const std::string utf8Name = dir.file("r\xC3\xA9sum\xC3\xA9.txt");
-    osl::test::ScopedUnicodeMode mode(true, "MS1252", "Latin1");
-    Osl_Ofstream(utf8Name) << "latin";
-    EXPECT_EQ(readFile(dir.file("r\xE9sum\xE9.txt")), "latin");
-    Osl_Ifstream in(utf8Name);
-    std::string word;
-    in >> word;
-    EXPECT_EQ(word, "latin");
 }
 
 }  // namespace
