@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -43,10 +42,6 @@ TEST(OslFstreamTest, OpenFormsModesAndFailures) {
     EXPECT_EQ(readFile(path), "\xEF\xBB\xBF" "LINE");
 
     EXPECT_TRUE(Osl_Ifstream(static_cast<const char*>(nullptr)).fail());
-    EXPECT_TRUE(Osl_Ofstream(dir.file("no/such/dir.txt")).fail());
-    Osl_Fstream null;
-    null.open(static_cast<const char*>(nullptr), std::ios::in);
-    EXPECT_TRUE(null.fail());
 }
 
 TEST(OslFstreamTest, TwoWritersHoldTheSameFileAndFlushOnDestruction) {
@@ -61,22 +56,6 @@ TEST(OslFstreamTest, TwoWritersHoldTheSameFileAndFlushOnDestruction) {
     EXPECT_EQ(readFile(path), "first\n");
     second.reset();
     EXPECT_EQ(readFile(path), "first\nsecond\n");
-}
-
-TEST(OslFstreamTest, UnicodeNamesGoToTheFileSystemEncoding) {
-    osl::test::TempDir dir;
-    const std::string utf8Name = dir.file("r\xC3\xA9sum\xC3\xA9.txt");
-    osl::test::ScopedUnicodeMode mode(true, "MS1252", "Latin1");
-    Osl_Ofstream(utf8Name) << "latin";
-    EXPECT_EQ(readFile(dir.file("r\xE9sum\xE9.txt")), "latin");
-    Osl_Ifstream in(utf8Name);
-    std::string word;
-    in >> word;
-    EXPECT_EQ(word, "latin");
-
-    Osl_UnicodeConfiguration::SetOSFileSystemNativeEncoding("UTF-8");
-    Osl_Ofstream(utf8Name) << "utf8";
-    EXPECT_EQ(readFile(utf8Name), "utf8");
 }
 
 }  // namespace

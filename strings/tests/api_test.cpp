@@ -6,7 +6,7 @@
 
 #include <string>
 
-TEST(StringsApiTest, ConvertsThroughTheSharedLibrary) {
+TEST(StringsApiTest, ConvertsAndMatchesThroughTheSharedLibrary) {
     Osl_UnicodeConfiguration::SetUnicodeMode(true);
     Osl_UTF8String s(u"a\u00E9\u20AC");
     EXPECT_EQ(s.LengthInChars(), 3u);
@@ -16,9 +16,6 @@ TEST(StringsApiTest, ConvertsThroughTheSharedLibrary) {
     EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(s, legacy), ConversionOK);
     EXPECT_EQ(legacy, "a\xE9\x80");
     Osl_UnicodeConfiguration::SetUnicodeMode(false);
-}
-
-TEST(StringsApiTest, PatternsThroughTheSharedLibrary) {
     Osl_RegularExpression re("(b+)", true);
     EXPECT_EQ(re.search("aBbc", 0, Osl_RegularExpression::npos), Osl_RegularExpression::range(1, 3));
     EXPECT_THROW(re.pattern("("), QIBError);

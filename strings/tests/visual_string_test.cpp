@@ -63,6 +63,10 @@ TEST(VisualStringTest, ConversionsCaseComparisonAndOutput) {
     EXPECT_EQ(v.ToString(), "\xFE\xFE" "a" "\xFE\xC3\xA9" + kHan + VS::WideCharsPad);
     EXPECT_EQ(v.LengthInChars(), 3u);
     EXPECT_EQ(v, VS(text));
+    std::string cells;  // a narrow 3-byte character has no pad; a 4-byte one ends the conversion
+    EXPECT_EQ(converter.ConvertUTF8toVisual(std::string("\xE2\x82\xAC" "a\xF0\x9F\x98\x80" "b"), cells), ConversionOK);
+    EXPECT_EQ(cells, "\xE2\x82\xAC\xFE\xFE" "a");
+    EXPECT_EQ(converter.GetHandledLength(), 8);
     EXPECT_EQ(VS(std::string(40, 'a')).ToString().capacity(), 120u);  // no more room than the cells
     Osl_UTF8String back;
     converter.ConvertVisualtoUTF8(v, back);
