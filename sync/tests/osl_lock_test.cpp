@@ -13,18 +13,19 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <functional>
 #include <future>
 #include <mutex>
 #include <sstream>
 #include <thread>
 
+#include "log/tests/daemon.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using osl::test::waitFor;
 
 std::mutex capturedGuard;  // guards capturedLines: the collector thread logs too
 std::vector<std::string> capturedLines;
@@ -41,14 +42,6 @@ std::vector<std::string> takeLines() {
     return tails;
 }
 bool logged(const std::string& tail) { return std::ranges::count(takeLines(), tail) > 0; }
-
-bool eventually(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1000; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(10ms);
-    }
-    return condition();
-}
 
 // A thread that takes a lock, holds it until released, then unlocks it.
 class Holder {
@@ -126,7 +119,7 @@ TEST_P(OslLockTest, CountIncludesWaiters) {
     Holder holder(a, OslLockShareExclusive);
     holder.waitLocked();
     Holder waiter(a, OslLockShareExclusive);
-    EXPECT_TRUE(eventually([&] { return a.GetNumCount() == 2; }));
+    EXPECT_TRUE(waitFor([&] { return a.GetNumCount() == 2; }));
     holder.release();
     waiter.waitLocked();
     EXPECT_EQ(a.GetNumCount(), 1);
@@ -195,9 +188,9 @@ TEST_P(ComputerLockTest, CollectorDeletesTheFilesOfUnusedLocksOnly) {
     y.Lock(OslLockShareExclusive);
     ASSERT_TRUE(fs::exists(dir_.file("x")));
     x.Unlock(OslLockShareExclusive);  // wakes the collector thread
-    EXPECT_TRUE(eventually([&] { return !fs::exists(dir_.file("x")); }));
+    EXPECT_TRUE(waitFor([&] { return !fs::exists(dir_.file("x")); }));
     EXPECT_TRUE(fs::exists(dir_.file("y")));
-    EXPECT_TRUE(eventually([] {
+    EXPECT_TRUE(waitFor([] {
         return logged("-INFO  OslLockComputerStorage::GarbageCollector : Garbage collector is finished, 1 items "
                       "were removed, 1 items were kept ");
     }));
@@ -222,7 +215,7 @@ TEST_P(ComputerLockTest, AnotherOpenOfTheFileExcludesAndItsWaiterCounts) {
     OslLock f = lock("f");
     EXPECT_FALSE(f.TryLock(OslLockShareShared));
     Holder waiter(f, OslLockShareShared);
-    EXPECT_TRUE(eventually([&] { return f.GetNumCount() == 1; }));
+    EXPECT_TRUE(waitFor([&] { return f.GetNumCount() == 1; }));
     other.unlock();
     waiter.waitLocked();
     EXPECT_FALSE(other.try_lock(Osl_File::LockKind::exclusive));
