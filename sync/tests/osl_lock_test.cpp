@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <future>
 #include <mutex>
+#include <semaphore>
 #include <sstream>
 #include <thread>
 
@@ -43,28 +43,24 @@ std::vector<std::string> takeLines() {
 }
 bool logged(const std::string& tail) { return std::ranges::count(takeLines(), tail) > 0; }
 
-// A thread that takes a lock, holds it until released, then unlocks it.
-class Holder {
-public:
-    Holder(const OslLock& lock, OslLockShare share)
-        : thread_([this, lock, share] {
-              OslLock mine = lock;
-              mine.Lock(share);
-              locked_.set_value();
-              release_.get_future().wait();
-              mine.Unlock(share);
+// A thread that takes a lock and holds it until released (or destroyed).
+struct Holder {
+    Holder(OslLock lock, OslLockShare share)
+        : thread_([this, lock, share]() mutable {
+              lock.Lock(share);
+              locked_.release();
+              release_.acquire();
+              lock.Unlock(share);
           }) {}
     ~Holder() { release(); }
-    void waitLocked() { locked_.get_future().wait(); }
+    void waitLocked() { locked_.acquire(); }
     void release() {
         if (!thread_.joinable()) return;
-        release_.set_value();
+        release_.release();
         thread_.join();
     }
 
-private:
-    std::promise<void> locked_;
-    std::promise<void> release_;
+    std::binary_semaphore locked_{0}, release_{0};  // before thread_, which uses them
     std::thread thread_;
 };
 
