@@ -26,8 +26,6 @@ using osl::test::readFile;
 using osl::test::writeFile;
 using osl::test::backupsOf;
 
-const std::string kHeader5March = "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n";
-
 class FileChannelTest : public osl::test::LoggerTest {
 protected:
     void SetUp() override {
@@ -76,7 +74,7 @@ TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     line("second");
     for (const std::string& file : {path_, dir_.file("empty.log")}) {
         const std::string content = readFile(file);
-        ASSERT_EQ(content.substr(0, 83), kHeader5March);
+        ASSERT_EQ(content.substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
         const std::vector<std::string> all = lines(file);
         ASSERT_EQ(all.size(), 3u);
         EXPECT_EQ(body(all[1]), "first");
