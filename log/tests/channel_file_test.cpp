@@ -26,8 +26,6 @@ using osl::test::readFile;
 using osl::test::writeFile;
 using osl::test::backupsOf;
 
-const std::string kHeader5March = "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n";
-
 class FileChannelTest : public osl::test::LoggerTest {
 protected:
     void SetUp() override {
@@ -52,6 +50,7 @@ protected:
     static std::string body(const std::string& logLine) { return logLine.substr(logLine.find(" : ") + 3); }
 
     osl::test::ScopedTimeZone tz_{"UTC"};
+    osl::test::FakeClock clock_{2024, 3, 5, 14, 7, 9};
     osl::test::TempDir dir_;
     std::string path_;
 };
@@ -68,7 +67,6 @@ TEST(LogFileFormatTest, MalformedHeadersAreNotRead) {
 
 // A new file, and an empty one that exists, start with the header.
 TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     writeFile(dir_.file("empty.log"), "");
     addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     addChannel(new CChannelCommonFile(dir_.file("empty.log"), SevInfo, ""));
@@ -76,7 +74,7 @@ TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     line("second");
     for (const std::string& file : {path_, dir_.file("empty.log")}) {
         const std::string content = readFile(file);
-        ASSERT_EQ(content.substr(0, 83), kHeader5March);
+        ASSERT_EQ(content.substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
         const std::vector<std::string> all = lines(file);
         ASSERT_EQ(all.size(), 3u);
         EXPECT_EQ(body(all[1]), "first");
@@ -86,7 +84,7 @@ TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
 
 // Backup names never collide: a name taken moves on by a microsecond.
 TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9, 999999);
+    clock_.advance(0, 999999);
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(1000);
     int n = 0;
@@ -112,15 +110,19 @@ TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
     EXPECT_EQ(backups[2], dir_.file("run_2024_03_05_14_07_10_000001.bak"));
 }
 
-TEST_F(FileChannelTest, RotatesByAgeAfterWholeDays) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
+// A file without a header has no known age: it rotates only by size.
+TEST_F(FileChannelTest, RotatesByAgeAfterWholeDaysIfTheHeaderTellsTheAge) {
+    const std::string headerless = dir_.file("old.log");
+    writeFile(headerless, std::string(48, 'x') + "\r\n");
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    CChannelCommonFile* old = addChannel(new CChannelCommonFile(headerless, SevInfo, ""));
     channel->SetPeriod(1);
+    old->SetPeriod(1);
     line("day one");
-    clock.advance(86399);
+    clock_.advance(86399);
     line("still day one");
     EXPECT_TRUE(backupsOf(path_).empty());
-    clock.advance(1);
+    clock_.advance(1);
     line("day two");
     const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
@@ -129,23 +131,13 @@ TEST_F(FileChannelTest, RotatesByAgeAfterWholeDays) {
     const std::vector<std::string> now = lines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240306140709");
-}
-
-TEST_F(FileChannelTest, FileWithoutHeaderRotatesOnlyBySize) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
-    writeFile(path_, std::string(48, 'x') + "\r\n");
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    channel->SetPeriod(1);
-    clock.advance(10 * 86400);
-    line("old file");
-    EXPECT_TRUE(backupsOf(path_).empty());
-    channel->SetMaxSize(100);
+    EXPECT_TRUE(backupsOf(headerless).empty());
+    old->SetMaxSize(100);
     line("now too big");
-    EXPECT_EQ(backupsOf(path_).size(), 1u);
+    EXPECT_EQ(backupsOf(headerless).size(), 1u);
 }
 
 TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     CChannelCommonFile* rotating = addChannel(new CChannelCommonFile(path_, SevInfo, "a"));
     addChannel(new CChannelCommonFile(path_, SevInfo, "b"));
     OslLogPrint(SevInfo, "b", "t", "b before");
@@ -164,11 +156,10 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
 // Within a second the channel sees what other programs did to the file: removed it (created
 // again, with its header), or appended to it (counted towards the size limit).
 TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     line("first");
     std::filesystem::remove(path_);
-    clock.advance(2);
+    clock_.advance(2);
     line("second");
     std::vector<std::string> now = lines(path_);
     ASSERT_EQ(now.size(), 2u);
@@ -176,14 +167,13 @@ TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
     channel->SetMaxSize(1000);
     line("third");
     std::ofstream(path_, std::ios::app) << std::string(2000, 'x') << "\r\n";
-    clock.advance(2);
+    clock_.advance(2);
     line("fourth");
     EXPECT_EQ(backupsOf(path_).size(), 1u);
     EXPECT_EQ(lines(path_).size(), 2u);
 }
 
 TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     // "run.txt" backs up to "run_*.bak" too: its backup must outlive our retention.
     CChannelCommonFile* other = addChannel(new CChannelCommonFile(dir_.file("run.txt"), SevInfo, "txt"));
     other->SetMaxSize(10);
@@ -193,7 +183,7 @@ TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
     CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
     channel->SetMaxSize(10);
     for (int i = 0; i < 5; ++i) {
-        clock.advance(86400);
+        clock_.advance(86400);
         line("line " + std::to_string(i));
     }
     EXPECT_EQ(backupsOf(path_).size(), 5u);  // backups stay unless asked otherwise
@@ -203,13 +193,12 @@ TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
                                                            dir_.file("run_2024_03_10_14_07_09_000001.bak")}));
     channel->SetPurgeCount(0);
     channel->SetPurgeAge(1);
-    clock.advance(86400);
+    clock_.advance(86400);
     line("purge by age");
     EXPECT_EQ(backupsOf(path_), (std::vector<std::string>{othersBackup, dir_.file("run_2024_03_11_14_07_09_000000.bak")}));
 }
 
 TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
-    osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     auto* channel = new CChannelPrivateFile(path_, SevInfo, "");
     log_->AddChannel(channel);
     channel->SetMaxSize(100);

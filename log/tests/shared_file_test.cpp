@@ -86,19 +86,16 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
 
     std::vector<std::string> files = osl::test::backupsOf(path);
     ASSERT_GT(files.size(), 20u) << "the limit should have been crossed many times";
-    std::map<std::string, int> seen;
-    for (const std::string& file : files) {
-        // One crossing rotates once: a second rotation would leave a backup of a fresh file.
-        EXPECT_GT(std::filesystem::file_size(file), kMaxSize) << file;
-    }
     files.push_back(path);
+    std::map<std::string, int> seen;
     for (const std::string& file : files) {
         SCOPED_TRACE(file);
         const std::string content = osl::test::readFile(file);
+        // One crossing rotates once: a second rotation would leave a backup of a fresh file.
+        if (file != path) { EXPECT_GT(content.size(), kMaxSize); }
         ASSERT_GE(content.size(), 83u);
         std::int64_t created = 0;
         EXPECT_TRUE(osl::detail::LogFile::parseHeader(content.c_str(), created));
-        EXPECT_EQ(content.substr(81, 2), "\r\n");
         ASSERT_EQ(content.substr(content.size() - 2), "\r\n");
         std::size_t start = 83;
         while (start < content.size()) {

@@ -101,24 +101,18 @@ TEST_F(StatisticsThreadTest, CounterRegisteredDuringARunAddsColumnsWithANewHeade
     EXPECT_EQ(hour[62], "2024/5/1 11:0,0,0,1,2");
 }
 
-TEST_F(StatisticsThreadTest, SleepsThirtySecondsWhileCountingAndSixtyOtherwise) {
-    startAt(2024, 5, 1, 8, 0, 0);
-    EXPECT_EQ(clock_->lastSleepSeconds(), 60);
-    step(60);
-    EXPECT_EQ(clock_->lastSleepSeconds(), 30);
-    CQibOsl_Statistics_Thread::DisableStatistics();
-    step(30);
-    EXPECT_EQ(clock_->lastSleepSeconds(), 60);
-}
-
-TEST_F(StatisticsThreadTest, StatisticsBackOnCloseThePeriodsThatPassedMeanwhile) {
+// Paused, the thread sleeps a minute at a time and keeps the time of its last pass; counting
+// again, it sleeps half a minute and closes the periods that passed meanwhile.
+TEST_F(StatisticsThreadTest, PausedStatisticsCloseThePeriodsThatPassedWhenBackOn) {
     startAt(2024, 5, 1, 8, 58, 0);
     CQibOsl_Statistics_EventPerMinuteCounter events("E");
     events.ReportEventA(1);
     CQibOsl_Statistics_Thread::DisableStatistics();
     step(60);  // 8:59, not counting: the time of the last pass (8:58) stays
+    EXPECT_EQ(clock_->lastSleepSeconds(), 60);
     CQibOsl_Statistics_Thread::EnableStatistics();
     step(60);  // 9:00 closes 8:58 and the hour 8
+    EXPECT_EQ(clock_->lastSleepSeconds(), 30);
     const std::vector<std::string> hour = lines(hour_);
     ASSERT_EQ(hour.size(), 61u);
     EXPECT_EQ(hour[59], "2024/5/1 8:58,1,1");

@@ -13,18 +13,19 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <functional>
-#include <future>
 #include <mutex>
+#include <semaphore>
 #include <sstream>
 #include <thread>
 
+#include "log/tests/daemon.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using osl::test::waitFor;
 
 std::mutex capturedGuard;  // guards capturedLines: the collector thread logs too
 std::vector<std::string> capturedLines;
@@ -42,36 +43,24 @@ std::vector<std::string> takeLines() {
 }
 bool logged(const std::string& tail) { return std::ranges::count(takeLines(), tail) > 0; }
 
-bool eventually(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1000; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(10ms);
-    }
-    return condition();
-}
-
-// A thread that takes a lock, holds it until released, then unlocks it.
-class Holder {
-public:
-    Holder(const OslLock& lock, OslLockShare share)
-        : thread_([this, lock, share] {
-              OslLock mine = lock;
-              mine.Lock(share);
-              locked_.set_value();
-              release_.get_future().wait();
-              mine.Unlock(share);
+// A thread that takes a lock and holds it until released (or destroyed).
+struct Holder {
+    Holder(OslLock lock, OslLockShare share)
+        : thread_([this, lock, share]() mutable {
+              lock.Lock(share);
+              locked_.release();
+              release_.acquire();
+              lock.Unlock(share);
           }) {}
     ~Holder() { release(); }
-    void waitLocked() { locked_.get_future().wait(); }
+    void waitLocked() { locked_.acquire(); }
     void release() {
         if (!thread_.joinable()) return;
-        release_.set_value();
+        release_.release();
         thread_.join();
     }
 
-private:
-    std::promise<void> locked_;
-    std::promise<void> release_;
+    std::binary_semaphore locked_{0}, release_{0};  // before thread_, which uses them
     std::thread thread_;
 };
 
@@ -105,7 +94,8 @@ TEST_P(OslLockTest, ShareTwoIsExclusiveInProcessScopeAndSharedInComputerScope) {
     EXPECT_EQ(OslLockStorage::GetStorage(static_cast<OslLockScope>(2)), nullptr);
 }
 
-TEST_P(OslLockTest, SharedHoldersKeepAWriterOutUntilBothUnlock) {
+// The count is of holders and waiters alike.
+TEST_P(OslLockTest, SharedHoldersKeepAWriterWaitingUntilBothUnlock) {
     OslLock a = lock("r");
     Holder first(a, OslLockShareShared);
     Holder second(a, OslLockShareShared);
@@ -113,24 +103,14 @@ TEST_P(OslLockTest, SharedHoldersKeepAWriterOutUntilBothUnlock) {
     second.waitLocked();
     EXPECT_FALSE(a.TryLock(OslLockShareExclusive));
     EXPECT_EQ(a.GetNumCount(), 2);
+    Holder writer(a, OslLockShareExclusive);
+    EXPECT_TRUE(waitFor([&] { return a.GetNumCount() == 3; }));
     first.release();
     EXPECT_FALSE(a.TryLock(OslLockShareExclusive));
     second.release();
-    EXPECT_TRUE(a.TryLock(OslLockShareExclusive));
+    writer.waitLocked();
     EXPECT_EQ(a.GetNumCount(), 1);
-    a.Unlock(OslLockShareExclusive);
-}
-
-TEST_P(OslLockTest, CountIncludesWaiters) {
-    OslLock a = lock("w");
-    Holder holder(a, OslLockShareExclusive);
-    holder.waitLocked();
-    Holder waiter(a, OslLockShareExclusive);
-    EXPECT_TRUE(eventually([&] { return a.GetNumCount() == 2; }));
-    holder.release();
-    waiter.waitLocked();
-    EXPECT_EQ(a.GetNumCount(), 1);
-    waiter.release();
+    writer.release();
     EXPECT_EQ(a.GetNumCount(), 0);
 }
 
@@ -195,9 +175,9 @@ TEST_P(ComputerLockTest, CollectorDeletesTheFilesOfUnusedLocksOnly) {
     y.Lock(OslLockShareExclusive);
     ASSERT_TRUE(fs::exists(dir_.file("x")));
     x.Unlock(OslLockShareExclusive);  // wakes the collector thread
-    EXPECT_TRUE(eventually([&] { return !fs::exists(dir_.file("x")); }));
+    EXPECT_TRUE(waitFor([&] { return !fs::exists(dir_.file("x")); }));
     EXPECT_TRUE(fs::exists(dir_.file("y")));
-    EXPECT_TRUE(eventually([] {
+    EXPECT_TRUE(waitFor([] {
         return logged("-INFO  OslLockComputerStorage::GarbageCollector : Garbage collector is finished, 1 items "
                       "were removed, 1 items were kept ");
     }));
@@ -222,7 +202,7 @@ TEST_P(ComputerLockTest, AnotherOpenOfTheFileExcludesAndItsWaiterCounts) {
     OslLock f = lock("f");
     EXPECT_FALSE(f.TryLock(OslLockShareShared));
     Holder waiter(f, OslLockShareShared);
-    EXPECT_TRUE(eventually([&] { return f.GetNumCount() == 1; }));
+    EXPECT_TRUE(waitFor([&] { return f.GetNumCount() == 1; }));
     other.unlock();
     waiter.waitLocked();
     EXPECT_FALSE(other.try_lock(Osl_File::LockKind::exclusive));
