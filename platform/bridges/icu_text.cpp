@@ -165,10 +165,10 @@ int64_t fromUnicodeFlushed(UConverter* to, const UChar* pivot, size_t units, cha
 
 }  // namespace
 
-// Two passes through a pivot of UTF-16 with offsets rather than ucnv_convertEx: its read-ahead
-// consumes source that the written output does not represent. Where the output stops early, it
-// is cut back to whole characters and redone flushed, so that the consumed length is exact and
-// a stateful target ends in its initial state.
+// A conversion that does not go through whole takes two passes through a pivot of UTF-16 with
+// offsets rather than ucnv_convertEx: its read-ahead consumes source that the written output does
+// not represent. Where the output stops early, it is cut back to whole characters and redone
+// flushed, so that the consumed length is exact and a stateful target ends in its initial state.
 IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size_t dstLen, size_t& consumed,
                                  size_t& written) {
     consumed = 0;
@@ -177,6 +177,26 @@ IcuStatus IcuConversion::convert(const char* src, size_t srcLen, char* dst, size
     Impl& m = *impl_;
     UConverter* from = m.from.get();
     UConverter* to = m.to.get();
+
+    // Most calls convert everything into room enough: ucnv_convertEx does that fastest, and when
+    // it does all of it, the read-ahead below cannot matter. Anything else starts over below.
+    {
+        UErrorCode status = U_ZERO_ERROR;
+        const char* source = src;
+        char* target = dst;
+        UChar pivot[1024];
+        UChar* pivotSource = pivot;
+        UChar* pivotTarget = pivot;
+        ucnv_convertEx(to, from, &target, dst + dstLen, &source, src + srcLen, pivot, &pivotSource, &pivotTarget,
+                       pivot + 1024, true, true, &status);
+        if (U_SUCCESS(status) && source == src + srcLen) {
+            consumed = srcLen;
+            written = static_cast<size_t>(target - dst);
+            ucnv_resetToUnicode(from);
+            ucnv_resetFromUnicode(to);
+            return IcuStatus::ok;
+        }
+    }
 
     // Source -> pivot: a source byte gives at most two units (sequence mappings aside, which
     // only take a second round).

@@ -116,6 +116,7 @@ struct Osl_UnicodeConverter::BufferConverter {
     const Route* route = nullptr;
     std::unique_ptr<osl::platform::IcuConversion> conversion;  // opened when the tables do not do
     bool shiftOpen = false;  // the source consumed so far ends inside a shift-out run
+    std::vector<char> work;  // the source with its shift columns, kept to save allocations
 };
 
 Osl_UnicodeConverter::Osl_UnicodeConverter() { Init(); }
@@ -166,37 +167,32 @@ ConversionRC Osl_UnicodeConverter::convertCodePage(bool toTarget, const char* sr
     // Double-byte EBCDIC: each shift byte keeps a column as a blank (SO -> 40 0E, SI -> 0F 40, an
     // empty run 0E 0F -> 40 40); a run left open by the source consumed so far is reopened first.
     // The state moves on only with the source that is consumed.
-    std::vector<char> work;
-    std::vector<size_t> workEnd;  // for each source byte: the working length after it
     const char* from = src;
     size_t fromLen = srcLen;
-    if (route.dbcs && (bc.shiftOpen || std::memchr(src, 0x0E, srcLen) != nullptr ||
-                       std::memchr(src, 0x0F, srcLen) != nullptr)) {
-        work.reserve(srcLen + srcLen / 2 + 1);
-        workEnd.resize(srcLen);
-        if (bc.shiftOpen) work.push_back(0x0E);
+    const bool shifts = route.dbcs && (bc.shiftOpen || std::memchr(src, 0x0E, srcLen) != nullptr ||
+                                       std::memchr(src, 0x0F, srcLen) != nullptr);
+    if (shifts) {
+        if (bc.work.size() < 2 * srcLen + 1) bc.work.resize(2 * srcLen + 1);
+        char* w = bc.work.data();
+        if (bc.shiftOpen) *w++ = 0x0E;
         for (size_t i = 0; i < srcLen; ++i) {
-            char b = src[i];
+            const char b = src[i];
             if (b == 0x0E && i + 1 < srcLen && src[i + 1] == 0x0F) {
-                work.push_back(0x40);
-                workEnd[i] = work.size();
-                work.push_back(0x40);
-                workEnd[++i] = work.size();
-                continue;
-            }
-            if (b == 0x0E) {
-                work.push_back(0x40);
-                work.push_back(0x0E);
+                *w++ = 0x40;
+                *w++ = 0x40;
+                ++i;
+            } else if (b == 0x0E) {
+                *w++ = 0x40;
+                *w++ = 0x0E;
             } else if (b == 0x0F) {
-                work.push_back(0x0F);
-                work.push_back(0x40);
+                *w++ = 0x0F;
+                *w++ = 0x40;
             } else {
-                work.push_back(b);
+                *w++ = b;
             }
-            workEnd[i] = work.size();
         }
-        from = work.data();
-        fromLen = work.size();
+        from = bc.work.data();
+        fromLen = static_cast<size_t>(w - from);
     }
 
     size_t consumed = 0, written = 0;
@@ -217,9 +213,21 @@ ConversionRC Osl_UnicodeConverter::convertCodePage(bool toTarget, const char* sr
         consumed += more;
         written += moreWritten;
     }
-    if (!workEnd.empty()) {
-        size_t original = 0;
-        while (original < srcLen && workEnd[original] <= consumed) ++original;
+    if (shifts) {  // back from the working text to the source bytes whose output is whole
+        size_t original = consumed == fromLen ? srcLen : 0, length = bc.shiftOpen ? 1 : 0;
+        while (original < srcLen) {
+            const char b = src[original];
+            const bool emptyRun = b == 0x0E && original + 1 < srcLen && src[original + 1] == 0x0F;
+            const size_t after = length + (emptyRun || (b != 0x0E && b != 0x0F) ? 1 : 2);
+            if (after > consumed) break;
+            length = after;
+            ++original;
+            if (emptyRun) {  // its shift-in: the second blank
+                if (length + 1 > consumed) break;
+                ++length;
+                ++original;
+            }
+        }
         consumed = original;
         for (size_t i = consumed; i-- > 0;) {
             if (src[i] == 0x0E || src[i] == 0x0F) {
