@@ -139,22 +139,18 @@ TEST(QIBCommandLineTest, LookupsIgnoreCaseOfNamesAndTextForms) {
     EXPECT_EQ(TestLine().tos(), "");
 }
 
-// The process-wide catalog keeps the first text of a key: each test starts it afresh.
-class DisplayUsageTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(SingleMapFileMT::Instance()->LoadMap(catalog({}))); }
-    std::string catalog(const MapFile::Entries& entries) {
+TEST(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
+    osl::test::TempDir dir;
+    auto catalog = [&dir](const MapFile::Entries& entries) {
         MapFile map;
         for (const auto& [key, text] : entries) map.Insert(key, text);
-        const std::string path = dir_.file("usage" + std::to_string(++count_) + ".cat");
+        const std::string path = dir.file("usage" + std::to_string(entries.size()) + ".cat");
         EXPECT_TRUE(map.StoreMap(path));
         return path;
-    }
-    osl::test::TempDir dir_;
-    int count_ = 0;
-};
-
-TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
+    };
+    std::ostringstream orphan;  // entries without a usage key print nothing
+    EXPECT_TRUE(DisplayUsage(orphan, "prog", catalog({{"prog_x1_1", "orphan"}})));
+    EXPECT_EQ(orphan.str(), "");
     const std::string path = catalog({
         {"usage_x1", "Options:"},
         {"myprog_x1_1", "-in=FILE input"},
@@ -169,6 +165,7 @@ TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
     const Case cases[] = {
         {{"myprog"}, "Options:\n\t-in=FILE input\n\t-out=FILE output\nversion 7.1 of \n"},
         {{"other", "myprog"}, "Options:\n\t-v verbose\nOptions:\n\t-in=FILE input\n\t-out=FILE output\nversion 9 of 7.1\n"},
+        {{"nobody"}, "version  of \n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.sets));
@@ -176,15 +173,6 @@ TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
         EXPECT_TRUE(DisplayUsage(out, c.sets, path));
         EXPECT_EQ(out.str(), c.expected);
     }
-    std::ostringstream out;
-    EXPECT_TRUE(DisplayUsage(out, "nobody", ""));
-    EXPECT_EQ(out.str(), "version  of \n");
-}
-
-TEST_F(DisplayUsageTest, WithoutUsageKeysWritesNothing) {
-    std::ostringstream out;
-    EXPECT_TRUE(DisplayUsage(out, "prog", catalog({{"prog_x1_1", "orphan"}})));
-    EXPECT_EQ(out.str(), "");
 }
 
 }  // namespace
