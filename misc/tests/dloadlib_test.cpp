@@ -20,11 +20,6 @@ QIBError thrownBy(const std::function<void()>& f) {
     return QIBError();
 }
 
-class ExposedLoadlibrary : public OslLoadlibrary {
-public:
-    using OslLoadlibrary::FormatNtError;
-};
-
 TEST(OslLoadlibraryTest, FailuresCarryThePublishedTextCodeSeverityAndWhere) {
     OslLoadlibrary notLoaded, missing, plugin;
     plugin.loadLibrary(OSL_TEST_PLUGIN_PATH);
@@ -74,7 +69,9 @@ TEST(OslLoadlibraryTest, ResolvesAndFreesAndBadFilesAndNamesLeaveNoLibrary) {
 }
 
 TEST(OslLoadlibraryTest, FormatNtErrorGivesTheSystemTextOrNothing) {
-    ExposedLoadlibrary lib;
+    struct : OslLoadlibrary {
+        using OslLoadlibrary::FormatNtError;
+    } lib;
     EXPECT_EQ(lib.FormatNtError(2), "No such file or directory");
     for (int code : {0, -1, 99999}) EXPECT_EQ(lib.FormatNtError(code), "") << code;
 }

@@ -55,7 +55,6 @@ TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
         throw QIBLogicalError("bad index", "m", 412);
     } catch (const QIBError& e) {
         EXPECT_EQ(oneLine(e), "Logical Error: bad index, code 1, severity 12, programm m 412");
-        EXPECT_NE(dynamic_cast<const QIBLogicalError*>(&e), nullptr);
     }
     QIBLogicalError oops("oops", "", 0);
     EXPECT_EQ(oops.What(), "Logical Error: oops");
@@ -71,7 +70,6 @@ TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {
         SCOPED_TRACE(n);
         EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception");
     }
-    EXPECT_EQ(ExceptionToConstChar(600), ExceptionToConstChar(600));  // static text, same pointer
 }
 
 }  // namespace
