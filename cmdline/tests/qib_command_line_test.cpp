@@ -23,11 +23,11 @@ public:
     Strings history() const { return {m_History.begin(), m_History.end()}; }
 };
 
+// Init on a used object appends: `line` may hold arguments already.
 template <class Char>
-TestLine init(std::vector<std::basic_string<Char>> args) {
+TestLine init(std::vector<std::basic_string<Char>> args, TestLine line = {}) {
     std::vector<Char*> argv;
     for (auto& a : args) argv.push_back(a.data());
-    TestLine line;
     line.Init(static_cast<int>(argv.size()), argv.data());
     return line;
 }
@@ -57,9 +57,7 @@ TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsNarrowsBytewiseAndAppends) {
     // Both bytes of U+4142 are non-zero: each byte starts a run, so they repeat.
     TestLine odd = init<char16_t>({u"p", u"\u4142c"});
     EXPECT_EQ(odd.pending(), (Strings{"BAcAcc"}));
-    char p2[] = "p2", b[] = "-b";  // Init on a used object appends
-    char* argv[] = {p2, b};
-    line.Init(2, argv);
+    line = init<char>({"p2", "-b"}, line);
     EXPECT_EQ(line.pending(), (Strings{"", "-a", "-b"}));
     EXPECT_EQ(line.GetArg0(), "p2");
 }
