@@ -1,5 +1,5 @@
 // platform/tests/icu_text_test.cpp
-// What the strings subsystem relies on from ICU and cannot show itself. Converter names, the
+// What the strings subsystem relies on from ICU: where a conversion stops. Converter names, the
 // single-byte tables and the locale data are checked through Osl_UnicodeConfiguration and
 // Osl_UnicodeConverter.
 #include "platform/icu_text.h"
@@ -7,12 +7,6 @@
 #include <gtest/gtest.h>
 
 using namespace osl::platform;
-
-// Only a speed-up for the strings subsystem, which gives the same results either way.
-TEST(IcuTextTest, SingleByteConvertersAreRecognised) {
-    for (const char* name : {"windows-1252", "ibm-37"}) EXPECT_TRUE(icuIsSingleByte(name)) << name;
-    for (const char* name : {"ibm-939", "UTF-8"}) EXPECT_FALSE(icuIsSingleByte(name)) << name;
-}
 
 TEST(IcuTextTest, ConversionStopsAtBadInputAndFullDestination) {
     IcuConversion conversion;

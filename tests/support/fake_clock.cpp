@@ -68,11 +68,7 @@ ScopedTimeZone::ScopedTimeZone(const char* tz) {
 }
 
 ScopedTimeZone::~ScopedTimeZone() {
-    if (had_) {
-        setenv("TZ", previous_.c_str(), 1);
-    } else {
-        unsetenv("TZ");
-    }
+    had_ ? setenv("TZ", previous_.c_str(), 1) : unsetenv("TZ");
     tzset();
 }
 
