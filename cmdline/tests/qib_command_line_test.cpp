@@ -33,18 +33,18 @@ TestLine init(std::vector<std::basic_string<Char>> args, TestLine line = {}) {
 }
 
 TEST(QIBCommandLineTest, InitJoinsOptionsWithTheirValues) {
-    struct Case { Strings args; Strings pending; };
+    struct Case { Strings args; Strings pending; };  // the arguments after the program's name
     const Case cases[] = {
-        {{"prog", "-OUT", "=", "file"}, {"-OUT=file"}}, {{"prog", "-OUT=", "file"}, {"-OUT=file"}},
-        {{"prog", "-OUT", "file"}, {"-OUT", "file"}},     {{"prog", "-x", "=", "-1"}, {"-x", "=", "-1"}},
-        {{"prog", "-x=", "-y"}, {"-x=", "-y"}},           {{"prog", "-x", "=v"}, {"-x=v"}},
-        {{"prog", "-x", "=v", "w"}, {"-x", "=v", "w"}},   {{"prog", "-x", "="}, {"-x="}},
-        {{"prog", "-a=1", "=2"}, {"-a=1", "=2"}},         {{"prog", "", "-a"}, {"-a"}},
-        {{"prog"}, {}},
+        {{"-OUT", "=", "file"}, {"-OUT=file"}}, {{"-OUT=", "file"}, {"-OUT=file"}}, {{"-x", "=v"}, {"-x=v"}},
+        {{"-x", "=", "-1"}, {"-x", "=", "-1"}}, {{"-x=", "-y"}, {"-x=", "-y"}},     {{"-x", "="}, {"-x="}},
+        {{"-x", "=v", "w"}, {"-x", "=v", "w"}}, {{"-a=1", "=2"}, {"-a=1", "=2"}},   {{"", "-a"}, {"-a"}},
+        {{"-OUT", "file"}, {"-OUT", "file"}},   {{}, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.args));
-        TestLine line = init<char>(c.args);
+        Strings args = c.args;
+        args.insert(args.begin(), "prog");
+        TestLine line = init<char>(args);
         EXPECT_EQ(line.pending(), c.pending);
         EXPECT_EQ(line.GetArg0(), "prog");
     }
@@ -150,13 +150,9 @@ TEST(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
     EXPECT_TRUE(DisplayUsage(orphan, "prog", catalog({{"prog_x1_1", "orphan"}})));
     EXPECT_EQ(orphan.str(), "");
     const std::string path = catalog({
-        {"usage_x1", "Options:"},
-        {"myprog_x1_1", "-in=FILE input"},
-        {"myprog_x1_2", "-out=FILE output"},
+        {"usage_x1", "Options:"}, {"myprog_x1_1", "-in=FILE input"}, {"myprog_x1_2", "-out=FILE output"},
         {"other_x1_1", "-v verbose"},
-        {"usage_2", "version %1 of %2"},
-        {"myprog_2_1", "7.1"},
-        {"other_2_1", "9"},
+        {"usage_2", "version %1 of %2"}, {"myprog_2_1", "7.1"}, {"other_2_1", "9"},
         {"usage_x3", "never shown"},  // no set has entries under it
     });
     struct Case { Strings sets; const char* expected; };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -62,14 +63,11 @@ TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
 }
 
 TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {
-    EXPECT_STREQ(ExceptionToConstChar(1), "Memory allocation failure");
-    EXPECT_STREQ(ExceptionToConstChar(710), "Syntax Error in User File");
-    EXPECT_STREQ(ExceptionToConstChar(1453), "File name exceeds maximal length");
-    EXPECT_STREQ(ExceptionToConstChar(1500), "KvlSock: Socket error");
-    for (int n : {0, -1, 2, 1454, 1499, 100000}) {
-        SCOPED_TRACE(n);
-        EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception");
-    }
+    const std::pair<int, const char*> known[] = {{1, "Memory allocation failure"}, {710, "Syntax Error in User File"},
+                                                  {1453, "File name exceeds maximal length"},
+                                                  {1500, "KvlSock: Socket error"}};
+    for (const auto& [n, text] : known) EXPECT_STREQ(ExceptionToConstChar(n), text) << n;
+    for (int n : {0, -1, 2, 1454, 1499, 100000}) EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception") << n;
 }
 
 }  // namespace
