@@ -57,9 +57,6 @@ TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
     } catch (const QIBError& e) {
         EXPECT_EQ(oneLine(e), "Logical Error: bad index, code 1, severity 12, programm m 412");
     }
-    QIBLogicalError oops("oops", "", 0);
-    EXPECT_EQ(oops.What(), "Logical Error: oops");
-    EXPECT_EQ(oops.Where(), "unknown");
 }
 
 TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {

@@ -49,7 +49,6 @@ TEST(Pcre2RegexTest, ValidationRefusesWhatPcre2Refuses) {
     }
 }
 
-// Matching of characters and the subject check are tested through Osl_RegularExpression.
 TEST(Pcre2RegexTest, Utf8ModeTrustsAVouchedSubjectAndRefusesTheSingleByteEscape) {
     Pcre2Regex re;
     std::string error;
