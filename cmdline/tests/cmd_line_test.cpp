@@ -20,7 +20,7 @@ Tokens scan(CmdLine& line, bool compact = false) {
 }
 
 TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
-    struct Case { const char* text; Tokens expected; };
+    struct Case { std::string text; Tokens expected; };
     const Case cases[] = {
         {"-out=file.txt in", {{CmdLine::tkOption, "Out"}, {CmdLine::tkValue, "file.txt"}, {CmdLine::tkWord, "in"}}},
         {"-name", {{CmdLine::tkOption, "Name"}}}, {"--x", {{CmdLine::tkOption, "-x"}}},
@@ -28,10 +28,13 @@ TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
         {"a=b", {{CmdLine::tkWord, "a"}, {CmdLine::tkValue, "b"}}},
         {"a-b \t- c", {{CmdLine::tkWord, "a-b"}, {CmdLine::tkOption, "C"}}},
         {"", {}}, {" \t ", {}},
+        // Tokens are cut to 499 characters; the scan itself is not.
+        {"-" + std::string(700, 'w') + " next",
+         {{CmdLine::tkOption, "W" + std::string(498, 'w')}, {CmdLine::tkWord, "next"}}},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        CmdLine line(c.text);
+        SCOPED_TRACE(c.text.substr(0, 20));
+        CmdLine line(c.text.c_str());
         EXPECT_EQ(line.GetKind(), CmdLine::tkNone);
         EXPECT_EQ(scan(line), c.expected);
     }
@@ -40,9 +43,7 @@ TEST(CmdLineTest, SplitsTextIntoKindsAndTokens) {
 TEST(CmdLineTest, ArgumentsAreJoinedWithLeadingBlanks) {
     char prog[] = "prog", a[] = "-a", b[] = "b";
     char* argv[] = {prog, a, b};
-    CmdLine line(3, argv);
-    EXPECT_STREQ(line.GetLine(), " -a b");
-    EXPECT_EQ(scan(line), (Tokens{{CmdLine::tkOption, "A"}, {CmdLine::tkWord, "b"}}));
+    EXPECT_STREQ(CmdLine(3, argv).GetLine(), " -a b");
 }
 
 TEST(CmdLineTest, CompactingRemovesConsumedTokens) {
@@ -58,16 +59,6 @@ TEST(CmdLineTest, CompactingRemovesConsumedTokens) {
     EXPECT_STREQ(line.GetLine(), "");
     line.Reset();  // scans what is left, not the text first given
     EXPECT_EQ(line.NextToken(false), CmdLine::tkEnd);
-}
-
-TEST(CmdLineTest, LongTokensAreCutTo499Characters) {
-    const std::string longWord(700, 'w');
-    CmdLine line(("-" + longWord + " next").c_str());
-    ASSERT_EQ(line.NextToken(false), CmdLine::tkOption);
-    const std::string token = line.CurrentToken();
-    EXPECT_EQ(token, "W" + std::string(498, 'w'));
-    ASSERT_EQ(line.NextToken(false), CmdLine::tkWord);  // the scan itself is not cut
-    EXPECT_STREQ(line.CurrentToken(), "next");
 }
 
 TEST(CmdLineTest, EndIsStickyUntilResetAndCopiesScanOnFromTheSamePlace) {

@@ -23,28 +23,28 @@ public:
     Strings history() const { return {m_History.begin(), m_History.end()}; }
 };
 
+// Init on a used object appends: `line` may hold arguments already.
 template <class Char>
-TestLine init(std::vector<std::basic_string<Char>> args) {
+TestLine init(std::vector<std::basic_string<Char>> args, TestLine line = {}) {
     std::vector<Char*> argv;
     for (auto& a : args) argv.push_back(a.data());
-    TestLine line;
     line.Init(static_cast<int>(argv.size()), argv.data());
     return line;
 }
 
 TEST(QIBCommandLineTest, InitJoinsOptionsWithTheirValues) {
-    struct Case { Strings args; Strings pending; };
+    struct Case { Strings args; Strings pending; };  // the arguments after the program's name
     const Case cases[] = {
-        {{"prog", "-OUT", "=", "file"}, {"-OUT=file"}}, {{"prog", "-OUT=", "file"}, {"-OUT=file"}},
-        {{"prog", "-OUT", "file"}, {"-OUT", "file"}},     {{"prog", "-x", "=", "-1"}, {"-x", "=", "-1"}},
-        {{"prog", "-x=", "-y"}, {"-x=", "-y"}},           {{"prog", "-x", "=v"}, {"-x=v"}},
-        {{"prog", "-x", "=v", "w"}, {"-x", "=v", "w"}},   {{"prog", "-x", "="}, {"-x="}},
-        {{"prog", "-a=1", "=2"}, {"-a=1", "=2"}},         {{"prog", "", "-a"}, {"-a"}},
-        {{"prog"}, {}},
+        {{"-OUT", "=", "file"}, {"-OUT=file"}}, {{"-OUT=", "file"}, {"-OUT=file"}}, {{"-x", "=v"}, {"-x=v"}},
+        {{"-x", "=", "-1"}, {"-x", "=", "-1"}}, {{"-x=", "-y"}, {"-x=", "-y"}},     {{"-x", "="}, {"-x="}},
+        {{"-x", "=v", "w"}, {"-x", "=v", "w"}}, {{"-a=1", "=2"}, {"-a=1", "=2"}},   {{"", "-a"}, {"-a"}},
+        {{"-OUT", "file"}, {"-OUT", "file"}},   {{}, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.args));
-        TestLine line = init<char>(c.args);
+        Strings args = c.args;
+        args.insert(args.begin(), "prog");
+        TestLine line = init<char>(args);
         EXPECT_EQ(line.pending(), c.pending);
         EXPECT_EQ(line.GetArg0(), "prog");
     }
@@ -57,9 +57,7 @@ TEST(QIBCommandLineTest, WideInitKeepsEmptyArgumentsNarrowsBytewiseAndAppends) {
     // Both bytes of U+4142 are non-zero: each byte starts a run, so they repeat.
     TestLine odd = init<char16_t>({u"p", u"\u4142c"});
     EXPECT_EQ(odd.pending(), (Strings{"BAcAcc"}));
-    char p2[] = "p2", b[] = "-b";  // Init on a used object appends
-    char* argv[] = {p2, b};
-    line.Init(2, argv);
+    line = init<char>({"p2", "-b"}, line);
     EXPECT_EQ(line.pending(), (Strings{"", "-a", "-b"}));
     EXPECT_EQ(line.GetArg0(), "p2");
 }
@@ -139,36 +137,29 @@ TEST(QIBCommandLineTest, LookupsIgnoreCaseOfNamesAndTextForms) {
     EXPECT_EQ(TestLine().tos(), "");
 }
 
-// The process-wide catalog keeps the first text of a key: each test starts it afresh.
-class DisplayUsageTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(SingleMapFileMT::Instance()->LoadMap(catalog({}))); }
-    std::string catalog(const MapFile::Entries& entries) {
+TEST(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
+    osl::test::TempDir dir;
+    auto catalog = [&dir](const MapFile::Entries& entries) {
         MapFile map;
         for (const auto& [key, text] : entries) map.Insert(key, text);
-        const std::string path = dir_.file("usage" + std::to_string(++count_) + ".cat");
+        const std::string path = dir.file("usage" + std::to_string(entries.size()) + ".cat");
         EXPECT_TRUE(map.StoreMap(path));
         return path;
-    }
-    osl::test::TempDir dir_;
-    int count_ = 0;
-};
-
-TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
+    };
+    std::ostringstream orphan;  // entries without a usage key print nothing
+    EXPECT_TRUE(DisplayUsage(orphan, "prog", catalog({{"prog_x1_1", "orphan"}})));
+    EXPECT_EQ(orphan.str(), "");
     const std::string path = catalog({
-        {"usage_x1", "Options:"},
-        {"myprog_x1_1", "-in=FILE input"},
-        {"myprog_x1_2", "-out=FILE output"},
+        {"usage_x1", "Options:"}, {"myprog_x1_1", "-in=FILE input"}, {"myprog_x1_2", "-out=FILE output"},
         {"other_x1_1", "-v verbose"},
-        {"usage_2", "version %1 of %2"},
-        {"myprog_2_1", "7.1"},
-        {"other_2_1", "9"},
+        {"usage_2", "version %1 of %2"}, {"myprog_2_1", "7.1"}, {"other_2_1", "9"},
         {"usage_x3", "never shown"},  // no set has entries under it
     });
     struct Case { Strings sets; const char* expected; };
     const Case cases[] = {
         {{"myprog"}, "Options:\n\t-in=FILE input\n\t-out=FILE output\nversion 7.1 of \n"},
         {{"other", "myprog"}, "Options:\n\t-v verbose\nOptions:\n\t-in=FILE input\n\t-out=FILE output\nversion 9 of 7.1\n"},
+        {{"nobody"}, "version  of \n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.sets));
@@ -176,15 +167,6 @@ TEST_F(DisplayUsageTest, PrintsHeadersEntriesAndFormattedLines) {
         EXPECT_TRUE(DisplayUsage(out, c.sets, path));
         EXPECT_EQ(out.str(), c.expected);
     }
-    std::ostringstream out;
-    EXPECT_TRUE(DisplayUsage(out, "nobody", ""));
-    EXPECT_EQ(out.str(), "version  of \n");
-}
-
-TEST_F(DisplayUsageTest, WithoutUsageKeysWritesNothing) {
-    std::ostringstream out;
-    EXPECT_TRUE(DisplayUsage(out, "prog", catalog({{"prog_x1_1", "orphan"}})));
-    EXPECT_EQ(out.str(), "");
 }
 
 }  // namespace

@@ -20,11 +20,6 @@ QIBError thrownBy(const std::function<void()>& f) {
     return QIBError();
 }
 
-class ExposedLoadlibrary : public OslLoadlibrary {
-public:
-    using OslLoadlibrary::FormatNtError;
-};
-
 TEST(OslLoadlibraryTest, FailuresCarryThePublishedTextCodeSeverityAndWhere) {
     OslLoadlibrary notLoaded, missing, plugin;
     plugin.loadLibrary(OSL_TEST_PLUGIN_PATH);
@@ -61,7 +56,6 @@ TEST(OslLoadlibraryTest, ResolvesAndFreesAndBadFilesAndNamesLeaveNoLibrary) {
     auto answer = reinterpret_cast<int (*)(int)>(lib.getProcAddress("osl_test_plugin_answer"));
     ASSERT_NE(answer, nullptr);
     EXPECT_EQ(answer(20), 41);
-    EXPECT_STREQ(static_cast<const char*>(lib.getProcAddress("osl_test_plugin_name")), "test_plugin");
     const std::string symbolWithNul("osl_test_plugin_answer\0", 23);
     EXPECT_EQ(thrownBy([&] { lib.getProcAddress(symbolWithNul); }).Where(), "misc\\src\\dloadlib 76");
     thrownBy([&] { lib.loadLibrary("/nonexistent/libother.so"); });
@@ -74,7 +68,9 @@ TEST(OslLoadlibraryTest, ResolvesAndFreesAndBadFilesAndNamesLeaveNoLibrary) {
 }
 
 TEST(OslLoadlibraryTest, FormatNtErrorGivesTheSystemTextOrNothing) {
-    ExposedLoadlibrary lib;
+    struct : OslLoadlibrary {
+        using OslLoadlibrary::FormatNtError;
+    } lib;
     EXPECT_EQ(lib.FormatNtError(2), "No such file or directory");
     for (int code : {0, -1, 99999}) EXPECT_EQ(lib.FormatNtError(code), "") << code;
 }

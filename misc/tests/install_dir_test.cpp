@@ -51,9 +51,7 @@ TEST(InstallationRootTest, CutAtTheLastBinElseTheParentOfTheModuleDirectory) {
 TEST(InstallationRootTest, TheModulePathIsTheFileHoldingTheLibrary) {
     // Linked statically here, so the module is this test program.
     const std::string path = osl::detail::libraryModulePath();
-    ASSERT_FALSE(path.empty());
     EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
-    EXPECT_EQ(osl::detail::installationRoot(), osl::detail::installationRootFromModulePath(path));
 
     // Code in a shared library is found in the library's file, not the program's.
     OslLoadlibrary plugin;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -55,23 +56,15 @@ TEST(QIBErrorTest, LogicalErrorIsCaughtAsQIBErrorWithItsForm) {
         throw QIBLogicalError("bad index", "m", 412);
     } catch (const QIBError& e) {
         EXPECT_EQ(oneLine(e), "Logical Error: bad index, code 1, severity 12, programm m 412");
-        EXPECT_NE(dynamic_cast<const QIBLogicalError*>(&e), nullptr);
     }
-    QIBLogicalError oops("oops", "", 0);
-    EXPECT_EQ(oops.What(), "Logical Error: oops");
-    EXPECT_EQ(oops.Where(), "unknown");
 }
 
 TEST(ExceptionToConstCharTest, KnownAndUnknownNumbers) {
-    EXPECT_STREQ(ExceptionToConstChar(1), "Memory allocation failure");
-    EXPECT_STREQ(ExceptionToConstChar(710), "Syntax Error in User File");
-    EXPECT_STREQ(ExceptionToConstChar(1453), "File name exceeds maximal length");
-    EXPECT_STREQ(ExceptionToConstChar(1500), "KvlSock: Socket error");
-    for (int n : {0, -1, 2, 1454, 1499, 100000}) {
-        SCOPED_TRACE(n);
-        EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception");
-    }
-    EXPECT_EQ(ExceptionToConstChar(600), ExceptionToConstChar(600));  // static text, same pointer
+    const std::pair<int, const char*> known[] = {{1, "Memory allocation failure"}, {710, "Syntax Error in User File"},
+                                                  {1453, "File name exceeds maximal length"},
+                                                  {1500, "KvlSock: Socket error"}};
+    for (const auto& [n, text] : known) EXPECT_STREQ(ExceptionToConstChar(n), text) << n;
+    for (int n : {0, -1, 2, 1454, 1499, 100000}) EXPECT_STREQ(ExceptionToConstChar(n), "Unknown Exception") << n;
 }
 
 }  // namespace

@@ -16,21 +16,17 @@ TEST(QibVrVersionsTest, ApplicationLineFirstThenOthersInNameOrder) {
     const std::string text = v.ToString("zzz");
     EXPECT_EQ(text.rfind("zzz 2.0\r\nAAA 1.0\r\n", 0), 0u) << text;
     EXPECT_EQ(text.find("zzz 2.0", 1), std::string::npos);  // listed once
-
     const std::string all = v.ToString("");
     EXPECT_EQ(all.rfind("AAA 1.0\r\n", 0), 0u);
     EXPECT_LT(all.find("vum-qib-osl OSL"), all.find("zzz 2.0"));
     std::istringstream lines(all);
-    std::string line;
-    while (std::getline(lines, line)) EXPECT_EQ(line.back(), '\r');
+    for (std::string line; std::getline(lines, line);) EXPECT_EQ(line.back(), '\r');
 }
 
 TEST(QibVrVersionsTest, UnknownAppLeavesAnEmptyEntryAndLaterRegistrationReplaces) {
     QibVr_Versions& v = QibVr_Versions::Instance();
     EXPECT_EQ(v.ToStringMe("unknown-X"), "\r\n");
-    QibVr_Versions::Map copy = v;
-    ASSERT_EQ(copy.count("unknown-X"), 1u);
-    EXPECT_NE(v.ToString("").find("\r\n\r\n"), std::string::npos);  // one empty line for it
+    EXPECT_NE(v.ToString("").find("\r\n\r\n"), std::string::npos);  // it is kept: one empty line
     EXPECT_EQ(v.ToString("never-registered").rfind("\r\n", 0), 0u);
     v.Register("repl", "repl 1");
     QibVr_AutoRegister reg("repl", "repl 2");  // a later registration replaces

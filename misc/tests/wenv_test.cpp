@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(WEnvTest, StatusesValuesAndRemovalInEveryFamily) {
+TEST_F(WEnvTest, EveryFamilyReadsWritesRemovesAndListsTheSameVariables) {
     for (const Family& f : kFamilies) {
         SCOPED_TRACE(f.name);
         std::string value = "stale";
@@ -59,6 +59,20 @@ TEST_F(WEnvTest, StatusesValuesAndRemovalInEveryFamily) {
         f.clear("OSL_WENV_A");
         EXPECT_EQ(f.get("OSL_WENV_A", value), WEnv::EnvNotSet);
         f.clear("OSL_WENV_A");  // clearing an unset variable is harmless
+
+        // The list appends every entry, split at the first equals.
+        setenv("OSL_WENV_B", "x=y=z", 1);
+        setenv("OSL_WENV_C", "", 1);
+        EnvList list = {{"kept", "first"}};
+        f.list(list);
+        ASSERT_GE(list.size(), 3u);
+        EXPECT_EQ(list.front(), (std::pair<std::string, std::string>("kept", "first")));
+        const std::map<std::string, std::string> byName(list.begin() + 1, list.end());
+        EXPECT_EQ(byName.at("OSL_WENV_B"), "x=y=z");
+        EXPECT_EQ(byName.at("OSL_WENV_C"), "");
+        std::size_t entries = 0;
+        for (char** e = environ; *e != nullptr; ++e) ++entries;
+        EXPECT_EQ(list.size(), entries + 1);
     }
 }
 
@@ -80,24 +94,6 @@ TEST_F(WEnvTest, RefusedEntriesChangeNothingAndTheNameEndsAtTheFirstEquals) {
     EXPECT_EQ(WEnv::WPutEnv("OSL_WENV_B=", ""), 0);
     EXPECT_EQ(WEnv::WGetEnv("OSL_WENV_B", value), WEnv::EnvSet);
     EXPECT_EQ(value, "=");
-}
-
-TEST_F(WEnvTest, ListAppendsEveryEntrySplitAtTheFirstEquals) {
-    for (const Family& f : kFamilies) {
-        SCOPED_TRACE(f.name);
-        setenv("OSL_WENV_A", "x=y=z", 1);
-        setenv("OSL_WENV_B", "", 1);
-        EnvList list = {{"kept", "first"}};
-        f.list(list);
-        ASSERT_GE(list.size(), 3u);
-        EXPECT_EQ(list.front(), (std::pair<std::string, std::string>("kept", "first")));
-        const std::map<std::string, std::string> byName(list.begin() + 1, list.end());
-        EXPECT_EQ(byName.at("OSL_WENV_A"), "x=y=z");
-        EXPECT_EQ(byName.at("OSL_WENV_B"), "");
-        std::size_t entries = 0;
-        for (char** e = environ; *e != nullptr; ++e) ++entries;
-        EXPECT_EQ(list.size(), entries + 1);
-    }
 }
 
 }  // namespace

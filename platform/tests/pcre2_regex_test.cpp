@@ -17,8 +17,6 @@ TEST(Pcre2RegexTest, AsciiTablesHaveTheLayoutPcre2MakesItself) {
 TEST(Pcre2RegexTest, LegacyCaselessMatchingKnowsWindows1252Letters) {
     struct Case { const char* pattern; const char* subject; bool caseless; int expected; };
     const Case cases[] = {
-        {"\xc9t\xc9", "\xe9t\xe9", true, 1},   // ÉTÉ / été
-        {"\xc9t\xc9", "\xe9t\xe9", false, 0},
         {"\x8a", "\x9a", true, 1},             // Š / š
         {"\x9f", "\xff", true, 1},             // Ÿ / ÿ
         {"\x8c", "\x9c", true, 1},             // Œ / œ
@@ -37,9 +35,8 @@ TEST(Pcre2RegexTest, LegacyCaselessMatchingKnowsWindows1252Letters) {
 }
 
 TEST(Pcre2RegexTest, ValidationRefusesWhatPcre2Refuses) {
-    EXPECT_TRUE(isValidUtf8("abc\xe2\x82\xac", 6));
     struct Case { const char* bytes; bool valid; };
-    const Case cases[] = {{"\xc0\xaf", false},          {"\xe0\x80\xaf", false},  // overlong
+    const Case cases[] = {{"abc\xe2\x82\xac", true}, {"\xc0\xaf", false}, {"\xe0\x80\xaf", false},  // overlong
                           {"\xed\xa0\x80", false},                                // surrogate
                           {"\xf4\x90\x80\x80", false},                            // above U+10FFFF
                           {"\xf0\x9f\x98\x80", true},   {"\xe2\x82", false},  {"\x80", false},
@@ -52,16 +49,6 @@ TEST(Pcre2RegexTest, ValidationRefusesWhatPcre2Refuses) {
     }
 }
 
-TEST(Pcre2RegexTest, DeepBacktrackingGetsALargerStack) {
-    Pcre2Regex re;
-    std::string error;
-    ASSERT_TRUE(re.compile("^(?:(a)|b)*$", false, false, error));
-    std::string subject;
-    for (int i = 0; i < 5000; ++i) subject += "ab";
-    EXPECT_EQ(re.exec(subject.data(), subject.size(), 0, false), 1);
-}
-
-// Matching of characters and the subject check are tested through Osl_RegularExpression.
 TEST(Pcre2RegexTest, Utf8ModeTrustsAVouchedSubjectAndRefusesTheSingleByteEscape) {
     Pcre2Regex re;
     std::string error;
@@ -71,8 +58,6 @@ TEST(Pcre2RegexTest, Utf8ModeTrustsAVouchedSubjectAndRefusesTheSingleByteEscape)
     // A caller that vouches for the bytes gets no check, and still no crash on bad ones.
     EXPECT_EQ(re.exec(invalid.data(), invalid.size(), 0, true), 1);
     EXPECT_FALSE(re.compile("\\C", true, false, error)) << "\\C would split characters";
-    EXPECT_FALSE(re.compiled());
-    EXPECT_EQ(re.exec("a", 1, 0, false), -1);
 }
 
 }  // namespace

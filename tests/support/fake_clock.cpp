@@ -15,13 +15,6 @@ FakeClock::FakeClock(int year, int month, int day, int hour, int minute, int sec
     osl::platform::setClock(this);
 }
 
-FakeClock::~FakeClock() { osl::platform::setClock(nullptr); }
-
-osl::platform::WallTime FakeClock::now() const {
-    std::int64_t us = micros_.load();
-    return {us / 1000000, static_cast<std::int32_t>(us % 1000000)};
-}
-
 void FakeClock::advance(std::int64_t seconds, std::int32_t micros) {
     micros_ += seconds * 1000000 + micros;
     std::lock_guard<std::mutex> lock(mutex_);
@@ -51,23 +44,17 @@ bool FakeClock::sleepFor(std::int64_t micros, osl::platform::Wakeup& wakeup) con
     return !stopped;
 }
 
-unsigned FakeClock::sleeps() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return sleeps_;
-}
-
-std::int64_t FakeClock::lastSleepSeconds() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return lastSleep_;
-}
-
 bool FakeClock::waitForSleeps(unsigned n) const {
     std::unique_lock<std::mutex> lock(mutex_);
     return slept_.wait_for(lock, std::chrono::seconds(10), [&] { return sleeps_ >= n; });
 }
 
 bool FakeClock::step(std::int64_t seconds) {
-    const unsigned before = sleeps();
+    unsigned before = 0;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        before = sleeps_;
+    }
     advance(seconds);
     return waitForSleeps(before + 1);
 }
@@ -81,11 +68,7 @@ ScopedTimeZone::ScopedTimeZone(const char* tz) {
 }
 
 ScopedTimeZone::~ScopedTimeZone() {
-    if (had_) {
-        setenv("TZ", previous_.c_str(), 1);
-    } else {
-        unsetenv("TZ");
-    }
+    had_ ? setenv("TZ", previous_.c_str(), 1) : unsetenv("TZ");
     tzset();
 }
 

@@ -17,18 +17,23 @@ class FakeClock final : public osl::platform::Clock {
 public:
     /// Installs itself at the given local time (time zone of the process).
     FakeClock(int year, int month, int day, int hour, int minute, int second, int micros = 0);
-    ~FakeClock() override;
+    ~FakeClock() override { osl::platform::setClock(nullptr); }
     FakeClock(const FakeClock&) = delete;
     FakeClock& operator=(const FakeClock&) = delete;
 
-    osl::platform::WallTime now() const override;
+    osl::platform::WallTime now() const override {
+        const std::int64_t us = micros_.load();
+        return {us / 1000000, static_cast<std::int32_t>(us % 1000000)};
+    }
     void advance(std::int64_t seconds, std::int32_t micros = 0);
 
     /// Sleeps until advance() has moved the time past the end of the sleep, or until stopped.
     bool sleepFor(std::int64_t micros, osl::platform::Wakeup& wakeup) const override;
-    /// The number of sleeps begun on this clock so far, and the length of the last one.
-    unsigned sleeps() const;
-    std::int64_t lastSleepSeconds() const;
+    /// The length of the last sleep begun on this clock.
+    std::int64_t lastSleepSeconds() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return lastSleep_;
+    }
     /// Waits until at least n sleeps have begun; false after ten seconds of real time.
     bool waitForSleeps(unsigned n) const;
     /// advance(seconds), then waits until the thread it woke is asleep again (its work done).

@@ -1,6 +1,7 @@
 // tools/qibosl/tests/catalog_text_test.cpp
 #include "tools/qibosl/catalog_text.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -35,10 +36,7 @@ TEST(CatalogTextTest, ParsesEntriesCommentsAndEscapes) {
 }
 
 TEST(CatalogTextTest, ErrorsNameTheLine) {
-    struct Case {
-        const char* source;
-        const char* error;
-    };
+    struct Case { const char* source; const char* error; };
     const Case cases[] = {
         {"ok=1\nno separator\n", "2: no '=' between key and text"},
         {"k=\\q", "1: unknown escape \\q"},
@@ -51,12 +49,7 @@ TEST(CatalogTextTest, ErrorsNameTheLine) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.source);
-        try {
-            parseCatalogSource(c.source);
-            ADD_FAILURE() << "no error";
-        } catch (const SourceError& e) {
-            EXPECT_STREQ(e.what(), c.error);
-        }
+        EXPECT_THAT([&] { parseCatalogSource(c.source); }, ::testing::ThrowsMessage<SourceError>(c.error));
     }
 }
 
