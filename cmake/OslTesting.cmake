@@ -1,15 +1,15 @@
-# osl_add_tests(<name> LABEL <kind> [SHARED] [LIBS ...] SOURCES <files>...)
+# osl_add_tests(<name> LABEL <kind> [LIBS ...] SOURCES <files>...)
 #
-# One GoogleTest binary per call, named osl_<name>_tests. It links osl_static (every symbol) unless
-# SHARED is given, then the installed-style shared library, never both (two copies of every
-# singleton). The kind label (unit, process, slow, network, integration) goes on every discovered
+# One GoogleTest binary per call, named osl_<name>_tests, linked with osl_static (every symbol,
+# internals included). What the shared library exports is the installed consumer's test
+# (tests/install). The kind label (unit, process, slow, network, integration) goes on every discovered
 # test; the subsystem label comes from the directory's LABELS property.
 include_guard(GLOBAL)
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
 function(osl_add_tests name)
-    cmake_parse_arguments(ARG "SHARED" "LABEL;TIMEOUT" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "" "LABEL;TIMEOUT" "LIBS;SOURCES" ${ARGN})
     if(NOT ARG_LABEL)
         set(ARG_LABEL unit)
     endif()
@@ -18,11 +18,7 @@ function(osl_add_tests name)
     endif()
     set(target osl_${name}_tests)
     add_executable(${target} ${ARG_SOURCES})
-    if(ARG_SHARED)
-        target_link_libraries(${target} PRIVATE vum-qib-osl osl_test_support_shared)
-    else()
-        target_link_libraries(${target} PRIVATE osl_static osl_test_support)
-    endif()
+    target_link_libraries(${target} PRIVATE osl_static osl_test_support)
     target_link_libraries(${target} PRIVATE GTest::gtest GTest::gmock GTest::gtest_main ${ARG_LIBS})
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
     target_compile_definitions(${target} PRIVATE

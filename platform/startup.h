@@ -3,19 +3,13 @@
 // until the process ends, as other libraries of the process may still use them.
 #pragma once
 
-#include <functional>
-
 namespace osl::platform {
 
 /// Brings up every platform service once per process; later calls do nothing. The services stay
 /// up until the process ends.
 void startServices();
 
-/// How many times the services were brought up in this process (0 or 1).
-int servicesStarted();
-
-/// Registers a function that drops the process's HTTP session state; EndSession calls them all.
-void addSessionEnder(std::function<void()> ender);
+/// Drops the process's kept HTTP connections (EndSession).
 void endSessions();
 
 }  // namespace osl::platform

@@ -6,15 +6,10 @@
 #include "platform/curl_http.h"
 #include "platform/icu_text.h"
 
-#include <atomic>
 #include <ctime>
-#include <mutex>
-#include <vector>
 
 namespace osl::platform {
 namespace {
-
-std::atomic<int> startCount{0};
 
 // Local time is read with localtime_r, which does not look at TZ by itself.
 struct TimeService {
@@ -33,16 +28,6 @@ struct HttpService {
     HttpService() { httpStart(); }
 };
 
-std::mutex& enderLock() {
-    static std::mutex* lock = new std::mutex;
-    return *lock;
-}
-
-std::vector<std::function<void()>>& enders() {  // guarded by enderLock()
-    static auto* list = new std::vector<std::function<void()>>;
-    return *list;
-}
-
 }  // namespace
 
 void startServices() {
@@ -50,27 +35,11 @@ void startServices() {
         static TimeService time;
         static TextService text;
         static HttpService http;
-        startCount.fetch_add(1);
         return true;
     }();
     (void)started;
 }
 
-int servicesStarted() { return startCount.load(); }
-
-void addSessionEnder(std::function<void()> ender) {
-    std::lock_guard<std::mutex> guard(enderLock());
-    enders().push_back(std::move(ender));
-}
-
-void endSessions() {
-    std::vector<std::function<void()>> copy;
-    {
-        std::lock_guard<std::mutex> guard(enderLock());
-        copy = enders();
-    }
-    for (auto& ender : copy) ender();
-    endHttpSession();
-}
+void endSessions() { endHttpSession(); }
 
 }  // namespace osl::platform

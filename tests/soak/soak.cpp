@@ -25,9 +25,9 @@
 #include <vum-qib-osl/statistics/statistics_thread.h>
 #include <vum-qib-osl/sync/osl_lock.h>
 
-#include <atomic>
+#include <algorithm>
 #include <array>
-
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -35,7 +35,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
-#include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -73,97 +73,6 @@ bool inChildren(int count, const std::function<int(int)>& work) {
     return ok;
 }
 
-std::string bodyOf(int process, long n) {
-    return "p" + std::to_string(process) + " n" + std::to_string(n) + " " +
-           std::string(static_cast<size_t>(n % 50), '.');
-}
-
-// Writers log as fast as a thousand lines a second each, through a 2 MB limit, and leave their
-// count in DIR/count.P; every line must then be found exactly once in the log or one backup.
-int soakLog(const fs::path& dir, int seconds, int processes) {
-    const fs::path log = dir / "soak.log";
-    const auto until = Clock::now() + std::chrono::seconds(seconds);
-    const bool ran = inChildren(processes, [&](int p) {
-        CLog* logger = CLog::Instance();
-        logger->DeleteChannels();
-        logger->SetProcessName("soak");
-        auto* channel = new CChannelCommonFile(log.string(), SevInfo, "");
-        channel->SetMaxSize(2 * 1024 * 1024);
-        logger->AddChannel(channel);
-        CLogMsg msg("soak", "", SevInfo);
-        long n = 0;
-        while (Clock::now() < until) {
-            msg.Log(bodyOf(p, n++));
-            if (n % 8 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(8));
-        }
-        std::ofstream(dir / ("count." + std::to_string(p))) << n;
-        return 0;
-    });
-    std::map<int, std::vector<char>> seen;
-    for (int p = 0; p < processes; ++p) {
-        long n = -1;
-        std::ifstream(dir / ("count." + std::to_string(p))) >> n;
-        if (n < 0)
-            return verdict("log", "no count from writer " + std::to_string(p), "a writer failed");
-        seen[p].assign(static_cast<size_t>(n), 0);
-    }
-    long lines = 0, torn = 0, doubled = 0, files = 0;
-    for (const auto& entry : fs::directory_iterator(dir)) {
-        const std::string name = entry.path().filename().string();
-        if (name != "soak.log" && !(name.starts_with("soak_") && name.ends_with(".bak"))) continue;
-        ++files;
-        std::ifstream in(entry.path(), std::ios::binary);
-        std::string line;
-        std::getline(in, line);  // the header record
-        while (std::getline(in, line)) {
-            const size_t at = line.find("-INFO  soak : ");
-            int p = -1;
-            long n = -1;
-            if (line.empty() || line.back() != '\r' || at == std::string::npos ||
-                std::sscanf(line.c_str() + at + 14, "p%d n%ld", &p, &n) != 2 || !seen.count(p) ||
-                n < 0 || static_cast<size_t>(n) >= seen[p].size() ||
-                line.substr(at + 14, line.size() - at - 15) != bodyOf(p, n)) {
-                ++torn;
-                continue;
-            }
-            doubled += seen[p][static_cast<size_t>(n)]++ != 0;
-            ++lines;
-        }
-    }
-    long lost = 0;
-    for (const auto& [p, marks] : seen) {
-        for (char mark : marks) lost += mark == 0;
-    }
-    std::ostringstream summary;
-    summary << processes << " processes, " << seconds << " s, " << lines << " lines in " << files
-            << " files, " << lost << " lost, " << torn << " torn, " << doubled << " doubled";
-    const bool ok = ran && lost == 0 && torn == 0 && doubled == 0 && files > 1;
-    return verdict("log", summary.str(), ok ? "" : (ran ? "lines differ" : "a writer failed"));
-}
-
-// Every table written has keys k0..k49 all holding one stamp ("W-N": writer and round): a load
-// that sees two values, or missing keys, has seen a mix of two tables or half a file.
-constexpr int kKeys = 50;
-
-void stamp(Ini& ini, const std::string& value) {
-    for (int k = 0; k < kKeys; ++k) ini.SetKeyValue("table", "k" + std::to_string(k), value);
-}
-
-bool oneTable(const Ini& ini) {
-    const IniProperties* table = ini.GetGroupProperty("table");
-    if (table == nullptr || table->size() != kKeys) return false;
-    for (const auto& [key, value] : *table) {
-        if (value != table->begin()->second) return false;
-    }
-    return true;
-}
-
-std::string firstTable() {
-    std::string text = "[table]\n";
-    for (int k = 0; k < kKeys; ++k) text += "k" + std::to_string(k) + "=start\n";
-    return text;
-}
-
 struct Tally {
     long rounds = 0;
     long bad = 0;
@@ -195,6 +104,88 @@ std::vector<Tally> inRounds(const fs::path& dir, int seconds, int count, bool& r
         std::ifstream(dir / ("count." + std::to_string(p))) >> t.rounds >> t.bad;
     }
     return tallies;
+}
+
+std::string bodyOf(int process, long n) {
+    return "p" + std::to_string(process) + " n" + std::to_string(n) + " " +
+           std::string(static_cast<size_t>(n % 50), '.');
+}
+
+// Writers log as fast as a thousand lines a second each, through a 2 MB limit; every line must
+// then be found exactly once in the log or one backup.
+int soakLog(const fs::path& dir, int seconds, int processes) {
+    const fs::path log = dir / "soak.log";
+    std::unique_ptr<CLogMsg> msg;  // each child's own, made at its first line
+    bool ran = false;
+    const auto tallies = inRounds(dir, seconds, processes, ran, [&](int p, long n) {
+        if (n == 0) {
+            CLog* logger = CLog::Instance();
+            logger->DeleteChannels();
+            logger->SetProcessName("soak");
+            auto* channel = new CChannelCommonFile(log.string(), SevInfo, "");
+            channel->SetMaxSize(2 * 1024 * 1024);
+            logger->AddChannel(channel);
+            msg = std::make_unique<CLogMsg>("soak", "", SevInfo);
+        }
+        msg->Log(bodyOf(p, n));
+        if (n % 8 == 7) std::this_thread::sleep_for(std::chrono::milliseconds(8));
+        return true;
+    });
+    std::vector<std::vector<char>> seen;  // per writer, per line: how often found
+    for (const Tally& t : tallies) seen.emplace_back(static_cast<size_t>(t.rounds), 0);
+    long lines = 0, torn = 0, doubled = 0, files = 0;
+    for (const auto& entry : fs::directory_iterator(dir)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "soak.log" && !(name.starts_with("soak_") && name.ends_with(".bak"))) continue;
+        ++files;
+        std::ifstream in(entry.path(), std::ios::binary);
+        std::string line;
+        std::getline(in, line);  // the header record
+        while (std::getline(in, line)) {
+            const size_t at = line.find("-INFO  soak : ");
+            int p = -1;
+            long n = -1;
+            if (line.empty() || line.back() != '\r' || at == std::string::npos ||
+                std::sscanf(line.c_str() + at + 14, "p%d n%ld", &p, &n) != 2 || p < 0 || p >= processes ||
+                n < 0 || static_cast<size_t>(n) >= seen[static_cast<size_t>(p)].size() ||
+                line.substr(at + 14, line.size() - at - 15) != bodyOf(p, n)) {
+                ++torn;
+                continue;
+            }
+            doubled += seen[static_cast<size_t>(p)][static_cast<size_t>(n)]++ != 0;
+            ++lines;
+        }
+    }
+    long lost = 0;
+    for (const auto& marks : seen) lost += std::count(marks.begin(), marks.end(), 0);
+    std::ostringstream summary;
+    summary << processes << " processes, " << seconds << " s, " << lines << " lines in " << files
+            << " files, " << lost << " lost, " << torn << " torn, " << doubled << " doubled";
+    const bool ok = ran && lost == 0 && torn == 0 && doubled == 0 && files > 1;
+    return verdict("log", summary.str(), ok ? "" : (ran ? "lines differ" : "a writer failed"));
+}
+
+// Every table written has keys k0..k49 all holding one stamp ("W-N": writer and round): a load
+// that sees two values, or missing keys, has seen a mix of two tables or half a file.
+constexpr int kKeys = 50;
+
+void stamp(Ini& ini, const std::string& value) {
+    for (int k = 0; k < kKeys; ++k) ini.SetKeyValue("table", "k" + std::to_string(k), value);
+}
+
+bool oneTable(const Ini& ini) {
+    const IniProperties* table = ini.GetGroupProperty("table");
+    if (table == nullptr || table->size() != kKeys) return false;
+    for (const auto& [key, value] : *table) {
+        if (value != table->begin()->second) return false;
+    }
+    return true;
+}
+
+std::string firstTable() {
+    std::string text = "[table]\n";
+    for (int k = 0; k < kKeys; ++k) text += "k" + std::to_string(k) + "=start\n";
+    return text;
 }
 
 // Writers flush BackupIni tables while one more process loads the file in a loop.
