@@ -43,10 +43,7 @@ TEST(AutoEditStringTest, ResolvesUserVariables) {
         {"%%$", "%%$"},          {"", ""},              {"%%A_1 %%A", "%%A_1 x"},
         {"%%B%%A", "%%Bx"},    {"%%A1%%B1", "y%%B1"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pattern);
-        EXPECT_EQ(resolve(c.pattern, false, {{"A", "x"}, {"a1", "y"}}), c.expected);
-    }
+    for (const auto& c : cases) EXPECT_EQ(resolve(c.pattern, false, {{"A", "x"}, {"a1", "y"}}), c.expected) << c.pattern;
 }
 
 TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
@@ -94,10 +91,7 @@ TEST(AutoEditStringTest, DateDirectives) {
         {"100%%", 2024, 1, 1, "100%"},     {"%q %", 2024, 1, 1, "%q %"},
         {"%s", 2000, 1, 1, "00"},          {"", 2024, 1, 1, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.format);
-        EXPECT_EQ(osl::detail::formatDate(c.format, c.year, c.month, c.day), c.expected);
-    }
+    for (const auto& c : cases) EXPECT_EQ(osl::detail::formatDate(c.format, c.year, c.month, c.day), c.expected) << c.format;
 }
 
 TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
@@ -129,9 +123,7 @@ TEST(AutoEditStringTest, HelpersAndOutput) {
     EXPECT_TRUE(text.PatternHasVariable("Name"));
     EXPECT_FALSE(text.PatternHasVariable("name"));
     EXPECT_EQ(text.Eliminated("x%%.y%%.%%z"), "xy%%z");
-    text.AddVariable("name", "1");
-    text.AddVariable("NAME", "2");
-    text.AddVariable("b", "3");
+    for (auto [name, value] : {std::pair{"name", "1"}, {"NAME", "2"}, {"b", "3"}}) text.AddVariable(name, value);
     EXPECT_TRUE(text.HasUserDefinedVariable("Name"));
     EXPECT_FALSE(text.HasUserDefinedVariable("%%Name"));
     EXPECT_EQ(std::string(text), "a 2 b");
