@@ -93,41 +93,37 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
 }
 
 TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
+    using UC = Osl_UnicodeConfiguration;
+    const auto state = [](bool withFileSystem = true) {  // mode, current [/file-system] encoding
+        return (UC::IsUnicodeMode() ? "unicode " : "legacy ") + UC::GetCurrentEncoding() +
+               (withFileSystem ? "/" + UC::GetOSFileSystemNativeEncoding() : "");
+    };
     // Fields: mode, localedir, default_character_set, os_file_systemnative_character_set.
     Osl_UnicodeSettings unicode{"unicode", "", "MS1252", ""};
     EXPECT_EQ(thrown([&] { conf_->Init(unicode); }),
               "localedir is not set (98/12) strings/src/unicode_configuration 227");
     unicode.localedir = "/usr/share/icu";
     conf_->Init(unicode);
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1252");
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "MS1252");  // from the default
+    EXPECT_EQ(state(), "unicode MS1252/MS1252");  // file names from the default
     conf_->Init(Osl_UnicodeSettings{"legacy", "/usr/share/icu", "MS1250", "UTF-8"});  // whatever else is set
-    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "UTF-8");
+    EXPECT_EQ(state(), "legacy MS1250/UTF-8");
     conf_->Init(Osl_UnicodeSettings{});  // no locale directory: Init() reads again after a new reader
-    Osl_UnicodeConfiguration::SetSettingsReader(nullptr);
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
-    Osl_UnicodeConfiguration::SetCurrentEncoding("MS1251");
+    UC::SetSettingsReader(nullptr);
+    UC::SetUnicodeMode(true);
+    UC::SetCurrentEncoding("MS1251");
     conf_->Init();  // no reader: what was set stays
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
+    EXPECT_EQ(state(false), "unicode MS1251");
     int calls = 0;
-    Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
-        ++calls;
-        throw QIBError("cannot open config/qib_fds.ini", 1, 12, "ini/src/qib_fds_ini", 1);
-    });
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    UC::SetSettingsReader([&]() -> Osl_UnicodeSettings { ++calls; throw QIBError("no file", 1, 12, "", 1); });
+    UC::SetUnicodeMode(true);
     conf_->Init();  // the reader's error is swallowed: the defaults
     EXPECT_EQ(calls, 1);
-    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_FALSE(UC::IsUnicodeMode());
     conf_->Init();
     EXPECT_EQ(calls, 1);
-    Osl_UnicodeConfiguration::SetSettingsReader([] { return Osl_UnicodeSettings{"unicode", "", "MS1250", ""}; });
+    UC::SetSettingsReader([] { return Osl_UnicodeSettings{"unicode", "", "MS1250", ""}; });
     EXPECT_THROW(conf_->Init(), QIBError);  // Unicode mode without a locale directory
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
+    EXPECT_EQ(state(false), "unicode MS1250");
 }
 
 TEST_F(UnicodeConfigurationTest, CalendarNamesComeFromIcuInTheModesText) {

@@ -137,9 +137,8 @@ TEST(UnicodeConverterTest, BadInputToLegacyKeepsWhatWentBefore) {
     EXPECT_EQ(out, "\xC2\x80\xC3\xA9");
 }
 
-// A caller that goes on from the handled length after -3 gets what one call gives: the handled
-// length is exactly the source of the output, on the table and the ICU paths alike. A piece of
-// double-byte EBCDIC is whole on its own: a run it ends inside is closed (SI) and opened again.
+// Resuming at the handled length after -3 gives what one call gives, on the table and ICU paths
+// alike; a piece of double-byte EBCDIC that ends inside a run closes it (SI), the next opens it.
 TEST(UnicodeConverterTest, ResumingAtTheHandledLengthLosesNothing) {
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
     std::string text;
@@ -189,8 +188,7 @@ TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
                                  "length = 4* length of source buffer"), std::string::npos);
 }
 
-// Double-byte EBCDIC: each shift byte becomes a blank, the double-byte text is what glibc's iconv
-// makes of the same bytes.
+// Double-byte EBCDIC: each shift byte shows as a blank, the rest as glibc's iconv reads it.
 TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
     osl::test::ScopedUnicodeMode mode(false, "IBM-939");
     for (auto [encoding, iconvName] : {std::pair{"IBM-939", "IBM939"}, std::pair{"IBM-930", "IBM930"}}) {
@@ -209,8 +207,7 @@ TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
         std::string back;
         EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(text, back), ConversionOK);
         EXPECT_EQ(hex(back), hex(ebcdic));
-        // Pieces that end inside a character: the shift state follows only the consumed bytes,
-        // and the caller hands the rest over again with the next piece.
+        // Pieces ending inside a character: the caller hands the unconsumed rest over again.
         for (size_t piece = 1; piece <= 4; ++piece) {
             Osl_UnicodeConverter pieces;
             pieces.SetCurrentEncoding(encoding);

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <clocale>
 #include <cwchar>
 #include <functional>
@@ -34,8 +33,7 @@ std::string outcome(const std::function<VS()>& f) {
     try { return f().ToUTF8String(); } catch (const std::out_of_range& e) { return e.what(); }
 }
 
-// No wide pad without its character before it, no wide character without its pad, and maps that
-// count the characters there are.
+// Each wide character has its pad right after it, no pad stands alone, and the count is right.
 bool wellFormed(const VS& s) {
     const std::string& c = s.ToString();
     if (c.size() % 3 != 0) return false;
@@ -139,10 +137,7 @@ TEST(VisualStringTest, BoundaryInsideAWideCharacterFollowsThePolicy) {
         {"chars: erase", [&] { return VS(s).EraseInChars(1, 1); }, "ab"},
         {"chars: beyond", [&] { return VS(s).EraseInChars(4, 1); }, "Out of range"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(outcome(c.op), c.expected);
-    }
+    for (const auto& c : cases) EXPECT_EQ(outcome(c.op), c.expected) << c.what;
 }
 
 TEST(VisualStringTest, LegacyModeWorksOnBytes) {
@@ -165,8 +160,7 @@ TEST(VisualStringTest, LegacyModeWorksOnBytes) {
         }
 }
 
-// Random mixes of ASCII, Latin, CJK, Hangul, half-width and full-width characters; the seed is
-// fixed so that a failure repeats.
+// Random mixes of ASCII, Latin, CJK, Hangul, half- and full-width characters, from a fixed seed.
 TEST(VisualStringTest, RandomTextsKeepTheirInvariants) {
     osl::test::ScopedUnicodeMode mode(true);
     const struct { uint32_t first, last, width; } pools[] = {{0x20, 0x7E, 1}, {0xC0, 0x17F, 1}, {0x4E00, 0x9FA5, 2},
@@ -235,9 +229,9 @@ TEST(VisualStringTest, WidthsAgreeWithTerminalsButForTheRulesOwnChoices) {
                (c & 0xFFEE) == 0x300A ||                       // 《》〚〛 are narrow
                c == 0xFF60 || (c >= 0xFE10 && c <= 0xFE19);  // wide forms outside the ranges
     };
-    for (const auto& [first, last, step] : std::vector<std::array<uint32_t, 3>>{
-             {0x20, 0x24F, 3}, {0x1100, 0x11FF, 4}, {0x3000, 0x30FF, 1}, {0x4E00, 0x9FFF, 97},
-             {0xAC00, 0xD7A3, 101}, {0xFE10, 0xFE6F, 3}, {0xFF01, 0xFFEE, 1}}) {
+    const struct { uint32_t first, last, step; } ranges[] = {{0x20, 0x24F, 3}, {0x1100, 0x11FF, 4}, {0x3000, 0x30FF, 1},
+        {0x4E00, 0x9FFF, 97}, {0xAC00, 0xD7A3, 101}, {0xFE10, 0xFE6F, 3}, {0xFF01, 0xFFEE, 1}};
+    for (const auto& [first, last, step] : ranges) {
         for (uint32_t c = first; c <= last; c += step) {
             const int terminal = wcwidth(static_cast<wchar_t>(c));
             const auto ours = static_cast<int>(VS(utf8(c)).LengthInNarrowChars());

@@ -51,8 +51,7 @@ TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
     EXPECT_EQ(resolve("<%%A%%B%%C>", false, {{"C", "2"}, {"B2", "3"}, {"A3", "ok"}}), "<ok>");
     EXPECT_EQ(resolve("%%A%%$B.txt", false, {{"b", "_x"}, {"A_X", "v"}}), "v.txt");
     EXPECT_EQ(resolve("%%A%%B", false, {{"B", "1"}}), "%%A1");
-    // B unknown: the run stays, its parts resolve one by one afterwards.
-    EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");
+    EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");  // B unknown: the parts one by one
     // A run far deeper than any stack: unknown names stay as written, the last two resolve.
     std::string run;
     for (int i = 0; i < 100000; ++i) run += "%%V";
@@ -95,8 +94,7 @@ TEST(AutoEditStringTest, DateDirectives) {
 }
 
 TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
-    // The published expressions and the resolution must agree: each variable the expression
-    // finds is resolved, each it does not stays.
+    // Each variable the published expression finds is resolved; text it does not find stays.
     Osl_RegularExpression variable(QIBAutoEditString::GetVariablePattern());
     Osl_RegularExpression run(QIBAutoEditString::GetRecursiveVariablePattern());
     EXPECT_EQ(QIBAutoEditString::GetVariableHeadingPattern(), "%%\\$?");
