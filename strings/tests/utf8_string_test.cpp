@@ -104,6 +104,11 @@ TEST(Utf8StringTest, LegacyModeCountsBytes) {
 }
 
 TEST(Utf8StringTest, CaseMapping) {
+    const auto mapped = [](const std::string& in, bool upper) {
+        Osl_UTF8String s(in);
+        upper ? s.ToUpper() : s.ToLower();
+        return s.ToString();
+    };
     {
         osl::test::ScopedUnicodeMode mode(false, "MS1252");
         const struct { std::string in, upper, lower; } cases[] = {
@@ -113,21 +118,13 @@ TEST(Utf8StringTest, CaseMapping) {
             {"\xDF\xB5\x80 1", "\xDF\xB5\x80 1", "\xDF\xB5\x80 1"},  // no pair: unchanged
         };
         for (const auto& c : cases) {
-            SCOPED_TRACE(c.in);
-            Osl_UTF8String up(c.in), low(c.in);
-            up.ToUpper();
-            low.ToLower();
-            EXPECT_EQ(up.ToString(), c.upper);
-            EXPECT_EQ(low.ToString(), c.lower);
+            EXPECT_EQ(mapped(c.in, true), c.upper) << c.in;
+            EXPECT_EQ(mapped(c.in, false), c.lower) << c.in;
         }
     }
     osl::test::ScopedUnicodeMode mode(true);
-    Osl_UTF8String s("stra\xC3\x9F" "e \xC3\xA9t\xC3\xA9 \xD0\xB4");
-    s.ToUpper();
-    EXPECT_EQ(s.ToString(), "STRASSE \xC3\x89T\xC3\x89 \xD0\x94");
-    Osl_UTF8String longS("x\xC5\xBFy");  // ſ upper-cases to 1 byte: kept, the length stays
-    longS.ToUpper();
-    EXPECT_EQ(longS.ToString(), "X\xC5\xBFY");
+    EXPECT_EQ(mapped("stra\xC3\x9F" "e \xC3\xA9t\xC3\xA9 \xD0\xB4", true), "STRASSE \xC3\x89T\xC3\x89 \xD0\x94");
+    EXPECT_EQ(mapped("x\xC5\xBFy", true), "X\xC5\xBFY");  // ſ upper-cases to 1 byte: kept, the length stays
 }
 
 TEST(Utf8StringTest, WideConversionsInBothModes) {
@@ -140,9 +137,8 @@ TEST(Utf8StringTest, WideConversionsInBothModes) {
         EXPECT_EQ(s.ToCurrentSystemEncoding(), "a\xE9\x80");
     }
     {
-        osl::test::ScopedUnicodeMode mode(true, "MS1252", "UTF-8");
-        Osl_UTF8String raw("name\xFF\xC3\xA9");  // a UTF-8 file system takes every byte as it is
-        EXPECT_EQ(raw.ToCurrentFSEncoding(), raw.ToString());
+        osl::test::ScopedUnicodeMode mode(true, "MS1252", "UTF-8");  // a UTF-8 file system takes every byte
+        EXPECT_EQ(Osl_UTF8String("name\xFF\xC3\xA9").ToCurrentFSEncoding(), "name\xFF\xC3\xA9");
     }
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
     Osl_UTF8String legacy(u"a\u00E9\u20AC");

@@ -94,12 +94,9 @@ TEST(VisualStringTest, PositionsAndSearchesAroundAWideCharacter) {
     EXPECT_EQ(s.GetNarrowPositionFromCharPosition(9), 4u);
     EXPECT_FALSE(s.IsValidPosition(2));
     EXPECT_THROW(s.IsValidPosition(5), std::out_of_range);
-    EXPECT_FALSE(s.IsNarrowInNarrowPosition(1));
-    EXPECT_FALSE(s.IsNarrowInCharPosition(1));
-    EXPECT_TRUE(s.IsNarrowInCharPosition(2));
-    EXPECT_EQ(s.CodeAt(0), 'a');
-    EXPECT_EQ(s.CodeAt(1), static_cast<signed char>('\xAD'));
-    EXPECT_EQ(s.CodeAt(2), -1);
+    EXPECT_EQ((std::vector{s.IsNarrowInNarrowPosition(1), s.IsNarrowInCharPosition(1), s.IsNarrowInCharPosition(2)}),
+              (std::vector{false, false, true}));
+    EXPECT_EQ((std::vector{s.CodeAt(0), s.CodeAt(1), s.CodeAt(2)}), (std::vector<long>{'a', -0x53, -1}));  // 0xAD as a signed byte
     const VS t(kHan + "a" + kHan + "b");  // columns: 中 pad a 中 pad b
     EXPECT_EQ(t.FindInNarrowChars(VS(kHan), 1), 3u);
     EXPECT_EQ(t.RfindInChars(VS(kHan), 1), 0u);
