@@ -27,7 +27,7 @@ std::string thrownText(F f) {
 
 }  // namespace
 
-TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
+TEST(Utf8StringTest, CharacterPositionsAndErasingInUnicodeMode) {
     osl::test::ScopedUnicodeMode mode(true);
     Osl_UTF8String s(kAEEuro);
     EXPECT_EQ(s.LengthInChars(), 3u);
@@ -55,17 +55,13 @@ TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
     EXPECT_EQ(mixed.LengthInChars(), 207u);
     EXPECT_EQ(mixed.Find("needle"), 201u);
     EXPECT_EQ(mixed.Find("xneedle", 150), 200u);
-}
-
-TEST(Utf8StringTest, EraseInChars) {
-    osl::test::ScopedUnicodeMode mode(true);
     const struct { std::string text; size_t pos, n; std::string expected; } cases[] = {
         {kAEEuro, 1, 1, "a\xE2\x82\xAC"}, {kAEEuro, 0, npos, ""}, {kAEEuro, 2, 5, "a\xC3\xA9"},
         {kAEEuro, 1, 0, kAEEuro}, {kAEEuro, 3, 1, "Out of range"}, {"", 0, 1, ""}};
     for (const auto& c : cases) {
-        Osl_UTF8String s(c.text);
-        const std::string error = thrownText([&] { s.EraseInChars(c.pos, c.n); });
-        EXPECT_EQ(error == "no exception" ? s.ToString() : error, c.expected) << c.text << " at " << c.pos;
+        Osl_UTF8String erased(c.text);
+        const std::string error = thrownText([&] { erased.EraseInChars(c.pos, c.n); });
+        EXPECT_EQ(error == "no exception" ? erased.ToString() : error, c.expected) << c.text << " erased at " << c.pos;
     }
 }
 

@@ -85,9 +85,10 @@ TEST(VisualStringTest, ConversionsCaseComparisonAndOutput) {
     EXPECT_EQ(out.str(), s.ToUTF8String().ToString());
 }
 
-TEST(VisualStringTest, PositionsAndSearchesAroundAWideCharacter) {
+// Edits with a boundary inside a wide character follow the policy bits.
+TEST(VisualStringTest, PositionsSearchesAndEditsAroundAWideCharacter) {
     osl::test::ScopedUnicodeMode mode(true);
-    VS s("a" + kHan + "b");
+    const VS s("a" + kHan + "b");  // columns: a, 中, pad, b
     EXPECT_EQ(s.GetCharPositionFromNarrowPosition(2), 1u);
     EXPECT_EQ(s.GetNarrowPositionFromCharPosition(2), 3u);
     EXPECT_EQ(s.GetNarrowPositionFromCharPosition(1, VS::StartLeft), 2u);
@@ -106,11 +107,6 @@ TEST(VisualStringTest, PositionsAndSearchesAroundAWideCharacter) {
     EXPECT_EQ(t.FindLastOfInNarrowChars(VS(kHan)), 3u);
     EXPECT_EQ(t.FindLastNotOfInNarrowChars(VS("b"), 4), 3u);
     EXPECT_EQ(t.FindFirstOfInNarrowChars(VS("\xE4\xB8\xAE")), npos);  // 丮 shares no whole cell
-}
-
-TEST(VisualStringTest, BoundaryInsideAWideCharacterFollowsThePolicy) {
-    osl::test::ScopedUnicodeMode mode(true);
-    const VS s("a" + kHan + "b");  // columns: a, 中, pad, b
     const VS x("x");
     const struct { const char* what; std::function<VS()> op; std::string expected; } cases[] = {
         {"substr, accept end", [&] { return s.SubstrInNarrowChars(0, 2, VS::EndAccept); }, "a "},

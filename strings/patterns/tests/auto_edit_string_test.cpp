@@ -104,9 +104,7 @@ TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
             QIBAutoEditString marked(text);
             const std::string name = std::string(text).substr(r.first, r.second - r.first);
             marked.AddVariable(name.substr(name.find_first_not_of("%$")), "<v>");
-            const std::string out = marked.Resolve();
-            EXPECT_EQ(out.substr(0, r.first), std::string(text).substr(0, r.first));
-            EXPECT_EQ(out.substr(r.first, 3), "<v>");
+            EXPECT_EQ(marked.Resolve().substr(0, r.first + 3), std::string(text).substr(0, r.first) + "<v>");
         }
     }
     EXPECT_EQ(run.search("a %%A %%B%%C", 0, std::string::npos), Osl_RegularExpression::range(6, 12));
