@@ -70,8 +70,7 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
     ASSERT_GE(encodings.size(), 35u);
     for (const auto& name : encodings) {
         SCOPED_TRACE(name);
-        std::string converter = conf_->GetConverterName(name);
-        EXPECT_FALSE(osl::platform::icuCanonicalConverterName(converter).empty()) << converter;
+        EXPECT_FALSE(osl::platform::icuCanonicalConverterName(conf_->GetConverterName(name)).empty());
         EXPECT_NE(std::find(windows.begin(), windows.end(), conf_->Encoding2WindowsEncoding(name)), windows.end());
     }
     EXPECT_TRUE(std::is_sorted(encodings.begin(), encodings.end(), [](const std::string& a, const std::string& b) {

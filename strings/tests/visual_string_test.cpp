@@ -97,7 +97,8 @@ TEST(VisualStringTest, PositionsSearchesAndEditsAroundAWideCharacter) {
     EXPECT_THROW(s.IsValidPosition(5), std::out_of_range);
     EXPECT_EQ((std::vector{s.IsNarrowInNarrowPosition(1), s.IsNarrowInCharPosition(1), s.IsNarrowInCharPosition(2)}),
               (std::vector{false, false, true}));
-    EXPECT_EQ((std::vector{s.CodeAt(0), s.CodeAt(1), s.CodeAt(2)}), (std::vector<long>{'a', -0x53, -1}));  // 0xAD as a signed byte
+    EXPECT_EQ((std::vector{s.CodeAt(0), s.CodeAt(1), s.CodeAt(2)}),
+              (std::vector<long>{'a', static_cast<signed char>('\xAD'), -1}));  // the last byte, signed
     const VS t(kHan + "a" + kHan + "b");  // columns: 中 pad a 中 pad b
     EXPECT_EQ(t.FindInNarrowChars(VS(kHan), 1), 3u);
     EXPECT_EQ(t.RfindInChars(VS(kHan), 1), 0u);
