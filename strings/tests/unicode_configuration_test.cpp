@@ -2,7 +2,6 @@
 #include <vum-qib-osl/strings/unicode_configuration.h>
 
 #include <vum-qib-osl/misc/qib_error.h>
-#include <vum-qib-osl/strings/unicode_converter.h>
 
 #include "platform/icu_text.h"
 #include "tests/support/scoped_unicode_mode.h"
@@ -10,17 +9,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <list>
 #include <string>
 #include <vector>
 
 namespace {
 
-// The error f throws, or a marker that fails every comparison.
+// The text, code, severity and place of the error f throws.
 template <class F>
-QIBError thrown(F f) {
-    try { f(); } catch (const QIBError& e) { return e; }
-    return QIBError("no error thrown", -1, -1, "", 0);
+std::string thrown(F f) {
+    try { f(); } catch (const QIBError& e) {
+        return e.What() + " (" + std::to_string(e.Code()) + "/" + std::to_string(e.Severity()) + ") " + e.Where();
+    }
+    return "no error thrown";
 }
 
 class UnicodeConfigurationTest : public ::testing::Test {
@@ -53,13 +55,11 @@ TEST_F(UnicodeConfigurationTest, RecordsAreFoundByEveryAliasAndUnknownNamesFail)
     }
     EXPECT_FALSE(conf_->IsLegacySupportedEncoding("UTF-8"));
     EXPECT_TRUE(conf_->IsUNICODESupportedEncoding("UTF-8"));
+    EXPECT_EQ(thrown([&] { conf_->GetLanguageAbbreviatedName("Klingon"); }),
+              "Cannot find the language info for Klingon (98/12) strings/src/unicode_configuration 561");
     std::list<std::string> fonts;
-    const QIBError language = thrown([&] { conf_->GetLanguageAbbreviatedName("Klingon"); });
-    EXPECT_EQ(language.What(), "Cannot find the language info for Klingon");
-    EXPECT_EQ(language.Severity(), 12);
-    const QIBError encoding = thrown([&] { conf_->WindowsEncoding2VariableFonts("MS9999", fonts); });
-    EXPECT_EQ(encoding.What(), "Cannot find the Windows encoding info for MS9999");
-    EXPECT_EQ(encoding.Severity(), 12);
+    EXPECT_EQ(thrown([&] { conf_->WindowsEncoding2VariableFonts("MS9999", fonts); }),
+              "Cannot find the Windows encoding info for MS9999 (98/12) strings/src/unicode_configuration 538");
 }
 
 TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
@@ -68,17 +68,15 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
     conf_->GetWinEncodings(windows);
     conf_->GetLanguages(languages);
     ASSERT_GE(encodings.size(), 35u);
-    std::vector<std::string> lowered;
     for (const auto& name : encodings) {
         SCOPED_TRACE(name);
-        std::string converter = conf_->GetConverterName(name);
-        EXPECT_FALSE(osl::platform::icuCanonicalConverterName(converter).empty()) << converter;
+        EXPECT_FALSE(osl::platform::icuCanonicalConverterName(conf_->GetConverterName(name)).empty());
         EXPECT_NE(std::find(windows.begin(), windows.end(), conf_->Encoding2WindowsEncoding(name)), windows.end());
-        std::string l = name;
-        std::transform(l.begin(), l.end(), l.begin(), ::tolower);
-        lowered.push_back(l);
     }
-    EXPECT_TRUE(std::is_sorted(lowered.begin(), lowered.end()));
+    EXPECT_TRUE(std::is_sorted(encodings.begin(), encodings.end(), [](const std::string& a, const std::string& b) {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                            [](char x, char y) { return std::tolower(x) < std::tolower(y); });
+    }));
     std::list<std::string> found;
     conf_->WindowsEncoding2Encoding("MS932", found);
     EXPECT_EQ(found, (std::list<std::string>{"IBM-930", "IBM-939", "MS932"}));
@@ -94,65 +92,47 @@ TEST_F(UnicodeConfigurationTest, EveryRecordHasAConverterAndTheListsAgree) {
 }
 
 TEST_F(UnicodeConfigurationTest, InitFromSettingsOrTheInstalledReader) {
-    Osl_UnicodeSettings unicode;
-    unicode.mode = "unicode";
-    unicode.default_character_set = "MS1252";
-    const QIBError noLocaleDir = thrown([&] { conf_->Init(unicode); });
-    EXPECT_EQ(noLocaleDir.What(), "localedir is not set");
-    EXPECT_EQ(noLocaleDir.Code(), 98);
-    EXPECT_EQ(noLocaleDir.Severity(), 12);
-    EXPECT_EQ(noLocaleDir.Where(), "strings/src/unicode_configuration 227");
+    using UC = Osl_UnicodeConfiguration;
+    const auto state = [](bool withFileSystem = true) {  // mode, current [/file-system] encoding
+        return (UC::IsUnicodeMode() ? "unicode " : "legacy ") + UC::GetCurrentEncoding() +
+               (withFileSystem ? "/" + UC::GetOSFileSystemNativeEncoding() : "");
+    };
+    // Fields: mode, localedir, default_character_set, os_file_systemnative_character_set.
+    Osl_UnicodeSettings unicode{"unicode", "", "MS1252", ""};
+    EXPECT_EQ(thrown([&] { conf_->Init(unicode); }),
+              "localedir is not set (98/12) strings/src/unicode_configuration 227");
     unicode.localedir = "/usr/share/icu";
     conf_->Init(unicode);
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1252");
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "MS1252");  // from the default
-    Osl_UnicodeSettings legacy;  // no mode: legacy, whatever else is set
-    legacy.localedir = "/usr/share/icu";
-    legacy.default_character_set = "MS1250";
-    legacy.os_file_systemnative_character_set = "UTF-8";
-    conf_->Init(legacy);
-    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetOSFileSystemNativeEncoding(), "UTF-8");
+    EXPECT_EQ(state(), "unicode MS1252/MS1252");  // file names from the default
+    conf_->Init(Osl_UnicodeSettings{"legacy", "/usr/share/icu", "MS1250", "UTF-8"});  // whatever else is set
+    EXPECT_EQ(state(), "legacy MS1250/UTF-8");
     conf_->Init(Osl_UnicodeSettings{});  // no locale directory: Init() reads again after a new reader
-    Osl_UnicodeConfiguration::SetSettingsReader(nullptr);
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
-    Osl_UnicodeConfiguration::SetCurrentEncoding("MS1251");
+    UC::SetSettingsReader(nullptr);
+    UC::SetUnicodeMode(true);
+    UC::SetCurrentEncoding("MS1251");
     conf_->Init();  // no reader: what was set stays
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1251");
+    EXPECT_EQ(state(false), "unicode MS1251");
     int calls = 0;
-    Osl_UnicodeConfiguration::SetSettingsReader([&]() -> Osl_UnicodeSettings {
-        ++calls;
-        throw QIBError("cannot open config/qib_fds.ini", 1, 12, "ini/src/qib_fds_ini", 1);
-    });
-    Osl_UnicodeConfiguration::SetUnicodeMode(true);
+    UC::SetSettingsReader([&]() -> Osl_UnicodeSettings { ++calls; throw QIBError("no file", 1, 12, "", 1); });
+    UC::SetUnicodeMode(true);
     conf_->Init();  // the reader's error is swallowed: the defaults
     EXPECT_EQ(calls, 1);
-    EXPECT_FALSE(Osl_UnicodeConfiguration::IsUnicodeMode());
+    EXPECT_FALSE(UC::IsUnicodeMode());
     conf_->Init();
     EXPECT_EQ(calls, 1);
-    Osl_UnicodeConfiguration::SetSettingsReader([] {
-        Osl_UnicodeSettings s;
-        s.mode = "unicode";
-        s.default_character_set = "MS1250";
-        return s;
-    });
+    UC::SetSettingsReader([] { return Osl_UnicodeSettings{"unicode", "", "MS1250", ""}; });
     EXPECT_THROW(conf_->Init(), QIBError);  // Unicode mode without a locale directory
-    EXPECT_TRUE(Osl_UnicodeConfiguration::IsUnicodeMode());
-    EXPECT_EQ(Osl_UnicodeConfiguration::GetCurrentEncoding(), "MS1250");
+    EXPECT_EQ(state(false), "unicode MS1250");
 }
 
 TEST_F(UnicodeConfigurationTest, CalendarNamesComeFromIcuInTheModesText) {
-    std::vector<std::string> months, shortDays;
+    std::vector<std::string> months, shortDays, german, germanUnicode, days;
     conf_->GetMonthNames("English", months);
     conf_->GetAbbreviatedWeekdayNames("English", shortDays);
     ASSERT_EQ(months.size(), 12u);
     EXPECT_EQ(months[11], "December");
     ASSERT_EQ(shortDays.size(), 7u);
     EXPECT_EQ(shortDays[0], "Sun");
-    std::vector<std::string> german, germanUnicode, days;
     conf_->GetMonthNames("German", german);  // legacy mode: windows-1252 bytes
     EXPECT_EQ(german[2], "M\xE4rz");
     {

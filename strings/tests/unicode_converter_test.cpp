@@ -16,12 +16,6 @@
 
 namespace {
 
-std::string hex(const std::string& s) {
-    std::string out;
-    for (unsigned char c : s) out += {"0123456789ABCDEF"[c >> 4], "0123456789ABCDEF"[c & 15], ' '};
-    return out;
-}
-
 // glibc's iconv, the reference for the EBCDIC code pages.
 std::string iconvConvert(const char* to, const char* from, const std::string& in) {
     iconv_t cd = iconv_open(to, from);
@@ -29,12 +23,10 @@ std::string iconvConvert(const char* to, const char* from, const std::string& in
     std::string out(in.size() * 4 + 16, '\0');
     char *src = const_cast<char*>(in.data()), *dst = out.data();
     size_t srcLeft = in.size(), dstLeft = out.size();
-    size_t rc = iconv(cd, &src, &srcLeft, &dst, &dstLeft);
-    if (rc != static_cast<size_t>(-1)) rc = iconv(cd, nullptr, nullptr, &dst, &dstLeft);
+    const bool ok = iconv(cd, &src, &srcLeft, &dst, &dstLeft) != static_cast<size_t>(-1) &&
+                    iconv(cd, nullptr, nullptr, &dst, &dstLeft) != static_cast<size_t>(-1);
     iconv_close(cd);
-    if (rc == static_cast<size_t>(-1)) return "<iconv failed>";
-    out.resize(out.size() - dstLeft);
-    return out;
+    return ok ? out.substr(0, out.size() - dstLeft) : "<iconv failed>";
 }
 
 std::vector<std::string> logLines;
@@ -59,7 +51,7 @@ TEST(UnicodeConverterTest, Utf8AndUcs2RoundTripIncludingLoneSurrogates) {
     EXPECT_EQ(utf8, "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
 }
 
-TEST(UnicodeConverterTest, Utf8ToUcs2ReportsCutIllegalAndFullDestination) {
+TEST(UnicodeConverterTest, Utf8AndUcs2ReportCutIllegalAndFullDestination) {
     const struct { std::string in; size_t capacity; ConversionRC rc; int handled; size_t written; } cases[] = {
         {"a\xE2\x82", 10, ConversionSourceCut, 1, 1},      // cut 3-byte character
         {"a\x80z", 10, ConversionIllegal, 1, 1},            // stray continuation byte
@@ -72,7 +64,7 @@ TEST(UnicodeConverterTest, Utf8ToUcs2ReportsCutIllegalAndFullDestination) {
         {"", 0, ConversionOK, 0, 0},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(hex(c.in));
+        SCOPED_TRACE(::testing::PrintToString(c.in));
         Osl_UnicodeConverter converter;
         std::vector<char16_t> out(c.capacity + 1);
         size_t len = c.capacity;
@@ -80,10 +72,7 @@ TEST(UnicodeConverterTest, Utf8ToUcs2ReportsCutIllegalAndFullDestination) {
         EXPECT_EQ(converter.GetHandledLength(), c.handled);
         EXPECT_EQ(len, c.written);
     }
-}
-
-TEST(UnicodeConverterTest, Ucs2ToUtf8StopsBeforeAHalfPairAndAFullDestination) {
-    const char16_t text[] = {u'a', 0x20AC, 0xD83D};
+    const char16_t text[] = {u'a', 0x20AC, 0xD83D};  // the other way: stops before a half pair
     for (auto [n, capacity, rc] : {std::tuple{size_t{3}, size_t{16}, ConversionSourceCut},
                                    std::tuple{size_t{2}, size_t{3}, ConversionNoSpace}}) {
         Osl_UnicodeConverter converter;
@@ -98,8 +87,6 @@ TEST(UnicodeConverterTest, Ucs2ToUtf8StopsBeforeAHalfPairAndAFullDestination) {
 // The single-byte tables must give exactly what ICU gives for every byte and every BMP code point.
 TEST(UnicodeConverterTest, SingleByteTablesAgreeWithIcuEverywhere) {
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
-    std::string bytes;
-    for (int b = 0; b < 256; ++b) bytes += static_cast<char>(b);
     for (const char* encoding : {"MS1252", "ISO-8859-5", "IBM-037"}) {
         SCOPED_TRACE(encoding);
         std::string converterName = Osl_UnicodeConfiguration::Instance()->GetConverterName(encoding);
@@ -108,25 +95,20 @@ TEST(UnicodeConverterTest, SingleByteTablesAgreeWithIcuEverywhere) {
         ASSERT_TRUE(icuFromUtf8.open("UTF-8", converterName));
         Osl_UnicodeConverter converter;
         converter.SetCurrentEncoding(encoding);
-        for (int b = 0; b < 256; ++b) {
-            char out[8], ref[8];
-            size_t len = sizeof out, consumed = 0, written = 0;
-            ConversionRC rc = converter.ConvertCurrentEncodingtoUTF8(&bytes[static_cast<size_t>(b)], 1, out, len);
-            auto status = icuToUtf8.convert(&bytes[static_cast<size_t>(b)], 1, ref, sizeof ref, consumed, written);
-            ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << b;
-            ASSERT_EQ(std::string(out, len), std::string(ref, written)) << b;
-        }
-        for (uint32_t c = 1; c < 0x10000; ++c) {
-            if (c >= 0xD800 && c <= 0xDFFF) continue;
-            std::string utf8;
-            Osl_UnicodeConverter().ConvertUCS2toUTF8(std::u16string(1, static_cast<char16_t>(c)), utf8);
-            utf8 = "long enough for blocks " + utf8 + "!";
+        const auto agree = [&](bool toUtf8, const std::string& in, uint32_t what) {
             char out[32], ref[32];
             size_t len = sizeof out, consumed = 0, written = 0;
-            ConversionRC rc = converter.ConvertUTF8toCurrentEncoding(utf8.data(), utf8.size(), out, len);
-            auto status = icuFromUtf8.convert(utf8.data(), utf8.size(), ref, sizeof ref, consumed, written);
-            ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << std::hex << c;
-            ASSERT_EQ(std::string(out, len), std::string(ref, written)) << std::hex << c;
+            ConversionRC rc = toUtf8 ? converter.ConvertCurrentEncodingtoUTF8(in.data(), in.size(), out, len)
+                                     : converter.ConvertUTF8toCurrentEncoding(in.data(), in.size(), out, len);
+            auto status = (toUtf8 ? icuToUtf8 : icuFromUtf8).convert(in.data(), in.size(), ref, sizeof ref, consumed, written);
+            ASSERT_EQ(rc == ConversionOK, status == osl::platform::IcuStatus::ok) << std::hex << what;
+            ASSERT_EQ(std::string(out, len), std::string(ref, written)) << std::hex << what;
+        };
+        for (uint32_t b = 0; b < 256 && !HasFatalFailure(); ++b) agree(true, std::string(1, static_cast<char>(b)), b);
+        for (uint32_t c = 1; c < 0x10000 && !HasFatalFailure(); ++c) {
+            std::string utf8;  // lone surrogates aside, with enough text around for the block paths
+            Osl_UnicodeConverter().ConvertUCS2toUTF8(std::u16string(1, static_cast<char16_t>(c)), utf8);
+            if (c < 0xD800 || c > 0xDFFF) agree(false, "long enough for blocks " + utf8 + "!", c);
         }
     }
 }
@@ -146,9 +128,8 @@ TEST(UnicodeConverterTest, BadInputToLegacyKeepsWhatWentBefore) {
     EXPECT_EQ(out, "\xC2\x80\xC3\xA9");
 }
 
-// A caller that goes on from the handled length after -3 gets what one call gives: the handled
-// length is exactly the source of the output, on the table and the ICU paths alike. A piece of
-// double-byte EBCDIC is whole on its own: a run it ends inside is closed (SI) and opened again.
+// Resuming at the handled length after -3 gives what one call gives, on the table and ICU paths
+// alike; a piece of double-byte EBCDIC that ends inside a run closes it (SI), the next opens it.
 TEST(UnicodeConverterTest, ResumingAtTheHandledLengthLosesNothing) {
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
     std::string text;
@@ -189,7 +170,6 @@ TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
     char out[4];
     size_t len = sizeof out;
     EXPECT_EQ(converter.ConvertCurrentEncodingtoUTF8("\xE9\xE9\xE9", 3, out, len), ConversionNoSpace);
-    EXPECT_EQ(len, 4u);
     EXPECT_EQ(std::string(out, len), "\xC3\xA9\xC3\xA9");
     log->DeleteChannels();
     ASSERT_EQ(logLines.size(), 1u);
@@ -198,8 +178,7 @@ TEST(UnicodeConverterTest, SmallCallerBufferGivesNoSpaceAndOneLogLine) {
                                  "length = 4* length of source buffer"), std::string::npos);
 }
 
-// Double-byte EBCDIC: each shift byte becomes a blank, the double-byte text is what glibc's iconv
-// makes of the same bytes.
+// Double-byte EBCDIC: each shift byte shows as a blank, the rest as glibc's iconv reads it.
 TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
     osl::test::ScopedUnicodeMode mode(false, "IBM-939");
     for (auto [encoding, iconvName] : {std::pair{"IBM-939", "IBM939"}, std::pair{"IBM-930", "IBM930"}}) {
@@ -217,9 +196,8 @@ TEST(UnicodeConverterTest, DoubleByteEbcdicKeepsAColumnForEachShiftByte) {
         // The other way the shift bytes are the converter's own, as iconv makes them.
         std::string back;
         EXPECT_EQ(converter.ConvertUTF8toCurrentEncoding(text, back), ConversionOK);
-        EXPECT_EQ(hex(back), hex(ebcdic));
-        // Pieces that end inside a character: the shift state follows only the consumed bytes,
-        // and the caller hands the rest over again with the next piece.
+        EXPECT_EQ(back, ebcdic);
+        // Pieces ending inside a character: the caller hands the unconsumed rest over again.
         for (size_t piece = 1; piece <= 4; ++piece) {
             Osl_UnicodeConverter pieces;
             pieces.SetCurrentEncoding(encoding);
@@ -255,10 +233,8 @@ TEST(UnicodeConverterTest, CaseMappingAndCharacterTypes) {
     EXPECT_LE(len, 2u);
     {
         osl::test::ScopedUnicodeMode mode(true);
-        EXPECT_EQ(converter.GetCharType(CharTypeClass, "A") & 0x101, 0x101);
-        EXPECT_EQ(converter.GetCharType(CharTypeClass, "\xC3\xA9") & 0x102, 0x102);
-        EXPECT_EQ(converter.GetCharType(CharTypeClass, "7") & 0x4, 0x4);
-        EXPECT_EQ(converter.GetCharType(CharTypeClass, " ") & 0x48, 0x48);
+        for (auto [ch, bits] : {std::pair{"A", 0x101}, {"\xC3\xA9", 0x102}, {"7", 0x4}, {" ", 0x48}})
+            EXPECT_EQ(converter.GetCharType(CharTypeClass, ch) & bits, bits) << ch;
         EXPECT_EQ(converter.GetCharType(CharTypeClass, "\xFF"), 0);  // illegal: no class
     }
     osl::test::ScopedUnicodeMode mode(false, "MS1252");

@@ -19,9 +19,7 @@ const std::string kAEEuro = "a\xC3\xA9\xE2\x82\xAC";  // aé€: 1 + 2 + 3 bytes
 // The text of what f throws, a QIBError's with its code and severity.
 template <class F>
 std::string thrownText(F f) {
-    try { f(); } catch (const std::out_of_range& e) {
-        return e.what();
-    } catch (const QIBError& e) {
+    try { f(); } catch (const std::out_of_range& e) { return e.what(); } catch (const QIBError& e) {
         return e.What() + " (" + std::to_string(e.Code()) + "/" + std::to_string(e.Severity()) + ")";
     }
     return "no exception";
@@ -29,7 +27,7 @@ std::string thrownText(F f) {
 
 }  // namespace
 
-TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
+TEST(Utf8StringTest, CharacterPositionsAndErasingInUnicodeMode) {
     osl::test::ScopedUnicodeMode mode(true);
     Osl_UTF8String s(kAEEuro);
     EXPECT_EQ(s.LengthInChars(), 3u);
@@ -48,8 +46,7 @@ TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
     EXPECT_EQ(s.Find("a", 1), npos);
     EXPECT_EQ(s.Find("\xA9"), npos);  // matches only at character boundaries
     EXPECT_EQ(s.Find("a\xC3\xA9\xE2\x82\xAC!"), npos);
-    // Stray bytes and a cut last character step without leaving the string.
-    Osl_UTF8String bad("\x80x\xF0\x9F\x98\x80y\xE2");
+    Osl_UTF8String bad("\x80x\xF0\x9F\x98\x80y\xE2");  // stray bytes and a cut last character
     EXPECT_EQ(bad.LengthInChars(), 5u);
     EXPECT_EQ(bad.Find("y"), 3u);
     EXPECT_EQ(bad.Find("\xE2"), 4u);
@@ -58,22 +55,14 @@ TEST(Utf8StringTest, CharacterPositionsInUnicodeMode) {
     EXPECT_EQ(mixed.LengthInChars(), 207u);
     EXPECT_EQ(mixed.Find("needle"), 201u);
     EXPECT_EQ(mixed.Find("xneedle", 150), 200u);
-}
-
-TEST(Utf8StringTest, EraseInChars) {
-    osl::test::ScopedUnicodeMode mode(true);
-    const struct { size_t pos, n; std::string expected; } cases[] = {{1, 1, "a\xE2\x82\xAC"}, {0, npos, ""}, {2, 5, "a\xC3\xA9"}, {1, 0, kAEEuro}};
+    const struct { std::string text; size_t pos, n; std::string expected; } cases[] = {
+        {kAEEuro, 1, 1, "a\xE2\x82\xAC"}, {kAEEuro, 0, npos, ""}, {kAEEuro, 2, 5, "a\xC3\xA9"},
+        {kAEEuro, 1, 0, kAEEuro}, {kAEEuro, 3, 1, "Out of range"}, {"", 0, 1, ""}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.pos);
-        Osl_UTF8String s(kAEEuro);
-        s.EraseInChars(c.pos, c.n);
-        EXPECT_EQ(s, c.expected.c_str());
+        Osl_UTF8String erased(c.text);
+        const std::string error = thrownText([&] { erased.EraseInChars(c.pos, c.n); });
+        EXPECT_EQ(error == "no exception" ? erased.ToString() : error, c.expected) << c.text << " erased at " << c.pos;
     }
-    Osl_UTF8String s(kAEEuro);
-    EXPECT_EQ(thrownText([&] { s.EraseInChars(3, 1); }), "Out of range");
-    Osl_UTF8String empty;
-    empty.EraseInChars(0, 1);
-    EXPECT_TRUE(empty.empty());
 }
 
 TEST(Utf8StringTest, GetNextChar) {
@@ -111,6 +100,11 @@ TEST(Utf8StringTest, LegacyModeCountsBytes) {
 }
 
 TEST(Utf8StringTest, CaseMapping) {
+    const auto mapped = [](const std::string& in, bool upper) {
+        Osl_UTF8String s(in);
+        upper ? s.ToUpper() : s.ToLower();
+        return s.ToString();
+    };
     {
         osl::test::ScopedUnicodeMode mode(false, "MS1252");
         const struct { std::string in, upper, lower; } cases[] = {
@@ -120,21 +114,13 @@ TEST(Utf8StringTest, CaseMapping) {
             {"\xDF\xB5\x80 1", "\xDF\xB5\x80 1", "\xDF\xB5\x80 1"},  // no pair: unchanged
         };
         for (const auto& c : cases) {
-            SCOPED_TRACE(c.in);
-            Osl_UTF8String up(c.in), low(c.in);
-            up.ToUpper();
-            low.ToLower();
-            EXPECT_EQ(up.ToString(), c.upper);
-            EXPECT_EQ(low.ToString(), c.lower);
+            EXPECT_EQ(mapped(c.in, true), c.upper) << c.in;
+            EXPECT_EQ(mapped(c.in, false), c.lower) << c.in;
         }
     }
     osl::test::ScopedUnicodeMode mode(true);
-    Osl_UTF8String s("stra\xC3\x9F" "e \xC3\xA9t\xC3\xA9 \xD0\xB4");
-    s.ToUpper();
-    EXPECT_EQ(s.ToString(), "STRASSE \xC3\x89T\xC3\x89 \xD0\x94");
-    Osl_UTF8String longS("x\xC5\xBFy");  // ſ upper-cases to 1 byte: kept, the length stays
-    longS.ToUpper();
-    EXPECT_EQ(longS.ToString(), "X\xC5\xBFY");
+    EXPECT_EQ(mapped("stra\xC3\x9F" "e \xC3\xA9t\xC3\xA9 \xD0\xB4", true), "STRASSE \xC3\x89T\xC3\x89 \xD0\x94");
+    EXPECT_EQ(mapped("x\xC5\xBFy", true), "X\xC5\xBFY");  // ſ upper-cases to 1 byte: kept, the length stays
 }
 
 TEST(Utf8StringTest, WideConversionsInBothModes) {
@@ -147,9 +133,8 @@ TEST(Utf8StringTest, WideConversionsInBothModes) {
         EXPECT_EQ(s.ToCurrentSystemEncoding(), "a\xE9\x80");
     }
     {
-        osl::test::ScopedUnicodeMode mode(true, "MS1252", "UTF-8");
-        Osl_UTF8String raw("name\xFF\xC3\xA9");  // a UTF-8 file system takes every byte as it is
-        EXPECT_EQ(raw.ToCurrentFSEncoding(), raw.ToString());
+        osl::test::ScopedUnicodeMode mode(true, "MS1252", "UTF-8");  // a UTF-8 file system takes every byte
+        EXPECT_EQ(Osl_UTF8String("name\xFF\xC3\xA9").ToCurrentFSEncoding(), "name\xFF\xC3\xA9");
     }
     osl::test::ScopedUnicodeMode mode(false, "MS1252");
     Osl_UTF8String legacy(u"a\u00E9\u20AC");
@@ -157,8 +142,7 @@ TEST(Utf8StringTest, WideConversionsInBothModes) {
     EXPECT_EQ(legacy.ToWString(), u"a\u00E9\u20AC");
     EXPECT_EQ(legacy.ToCurrentFSEncoding(), "a\xE9\x80");
     EXPECT_EQ(Osl_UTF8String(static_cast<const char16_t*>(nullptr)).ToString(), "");
-    // What the other side lacks becomes its replacement character and the rest follows.
-    EXPECT_EQ(Osl_UTF8String(u"abc\u65E5xyz").ToString(), "abc?xyz");
+    EXPECT_EQ(Osl_UTF8String(u"abc\u65E5xyz").ToString(), "abc?xyz");  // the other side's replacement
     osl::test::ScopedUnicodeMode unicode(true, "MS1252", "MS1252");
     EXPECT_EQ(Osl_UTF8String("a\xFFz\xE2\x82").ToWString(), u"a\uFFFDz\uFFFD");
     EXPECT_EQ(Osl_UTF8String("\xE6\x97\xA5.txt").ToCurrentFSEncoding(), "?.txt");
@@ -174,8 +158,7 @@ TEST(Utf8StringTest, ComparisonOperators) {
     // U+FF21 (EF BC A1) against U+10000 (F0 90 80 80): bytes say less, UTF-16 units say greater.
     Osl_UTF8String bmp("\xEF\xBC\xA1"), astral("\xF0\x90\x80\x80");
     EXPECT_TRUE(bmp > astral);
-    // Any bytes: < is a strict weak order that agrees with ==.
-    const Osl_UTF8String texts[] = {"x\x80" "a", "x\x80" "b", "x", "x\xC3\xA9", "xe\xCC\x81", "\xEF\xBC\xA1",
+    const Osl_UTF8String texts[] = {  // any bytes: < is a strict weak order that agrees with =="x\x80" "a", "x\x80" "b", "x", "x\xC3\xA9", "xe\xCC\x81", "\xEF\xBC\xA1",
                                     "\xF0\x90\x80\x80", "\xFF", "x\xE2\x82", "", "\xED\xA0\x80"};
     for (const auto& a : texts)
         for (const auto& b : texts) {

@@ -43,19 +43,14 @@ TEST(AutoEditStringTest, ResolvesUserVariables) {
         {"%%$", "%%$"},          {"", ""},              {"%%A_1 %%A", "%%A_1 x"},
         {"%%B%%A", "%%Bx"},    {"%%A1%%B1", "y%%B1"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pattern);
-        EXPECT_EQ(resolve(c.pattern, false, {{"A", "x"}, {"a1", "y"}}), c.expected);
-    }
+    for (const auto& c : cases) EXPECT_EQ(resolve(c.pattern, false, {{"A", "x"}, {"a1", "y"}}), c.expected) << c.pattern;
 }
 
 TEST(AutoEditStringTest, CompoundNamesResolveFromTheRight) {
-    EXPECT_EQ(resolve("%%A%%B", false, {{"B", "1"}, {"A1", "y"}}), "y");
     EXPECT_EQ(resolve("<%%A%%B%%C>", false, {{"C", "2"}, {"B2", "3"}, {"A3", "ok"}}), "<ok>");
     EXPECT_EQ(resolve("%%A%%$B.txt", false, {{"b", "_x"}, {"A_X", "v"}}), "v.txt");
     EXPECT_EQ(resolve("%%A%%B", false, {{"B", "1"}}), "%%A1");
-    // B unknown: the run stays, its parts resolve one by one afterwards.
-    EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");
+    EXPECT_EQ(resolve("%%A%%B", false, {{"A", "x"}}), "x%%B");  // B unknown: the parts one by one
     // A run far deeper than any stack: unknown names stay as written, the last two resolve.
     std::string run;
     for (int i = 0; i < 100000; ++i) run += "%%V";
@@ -79,30 +74,23 @@ TEST(AutoEditStringTest, FixedWidthKeepsTheColumns) {
     EXPECT_EQ(resolve("%%A|", true, {{"A", "\xc3\xa9t\xc3\xa9s"}}), "\xc3\xa9t\xc3\xa9|");
 }
 
-TEST(AutoEditStringTest, DateIsTodayUnlessAUserVariableTakesTheName) {
+TEST(AutoEditStringTest, DateIsTodayInItsFormatUnlessAUserVariableTakesTheName) {
     osl::test::FakeClock clock(2024, 3, 5, 14, 7, 9);
     EXPECT_EQ(resolve("rep_%%date.txt", false, {}), "rep_240305.txt");
     EXPECT_EQ(resolve("%%Date", false, {{"DATE", "today"}}), "today");
     EXPECT_EQ(resolve("%%date   |", true, {}), "240305   |");
     EXPECT_EQ(resolve("%%date |", true, {{"date", "2024-03-05"}}), "2024-03|");
-}
-
-TEST(AutoEditStringTest, DateDirectives) {
     const struct { const char* format; int year, month, day; const char* expected; } cases[] = {
         {"%s%m%d", 2024, 3, 5, "240305"},   {"%y-%m-%d", 2009, 12, 31, "09-12-31"},
         {"%Y/%m/%d", 2024, 1, 9, "2024/01/09"}, {"%d.%m.%Y", 987, 7, 4, "04.07.0987"},
         {"100%%", 2024, 1, 1, "100%"},     {"%q %", 2024, 1, 1, "%q %"},
         {"%s", 2000, 1, 1, "00"},          {"", 2024, 1, 1, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.format);
-        EXPECT_EQ(osl::detail::formatDate(c.format, c.year, c.month, c.day), c.expected);
-    }
+    for (const auto& c : cases) EXPECT_EQ(osl::detail::formatDate(c.format, c.year, c.month, c.day), c.expected) << c.format;
 }
 
 TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
-    // The published expressions and the resolution must agree: each variable the expression
-    // finds is resolved, each it does not stays.
+    // Each variable the published expression finds is resolved; text it does not find stays.
     Osl_RegularExpression variable(QIBAutoEditString::GetVariablePattern());
     Osl_RegularExpression run(QIBAutoEditString::GetRecursiveVariablePattern());
     EXPECT_EQ(QIBAutoEditString::GetVariableHeadingPattern(), "%%\\$?");
@@ -116,9 +104,7 @@ TEST(AutoEditStringTest, PatternsFindWhatTheScannersFind) {
             QIBAutoEditString marked(text);
             const std::string name = std::string(text).substr(r.first, r.second - r.first);
             marked.AddVariable(name.substr(name.find_first_not_of("%$")), "<v>");
-            const std::string out = marked.Resolve();
-            EXPECT_EQ(out.substr(0, r.first), std::string(text).substr(0, r.first));
-            EXPECT_EQ(out.substr(r.first, 3), "<v>");
+            EXPECT_EQ(marked.Resolve().substr(0, r.first + 3), std::string(text).substr(0, r.first) + "<v>");
         }
     }
     EXPECT_EQ(run.search("a %%A %%B%%C", 0, std::string::npos), Osl_RegularExpression::range(6, 12));
@@ -129,9 +115,7 @@ TEST(AutoEditStringTest, HelpersAndOutput) {
     EXPECT_TRUE(text.PatternHasVariable("Name"));
     EXPECT_FALSE(text.PatternHasVariable("name"));
     EXPECT_EQ(text.Eliminated("x%%.y%%.%%z"), "xy%%z");
-    text.AddVariable("name", "1");
-    text.AddVariable("NAME", "2");
-    text.AddVariable("b", "3");
+    for (auto [name, value] : {std::pair{"name", "1"}, {"NAME", "2"}, {"b", "3"}}) text.AddVariable(name, value);
     EXPECT_TRUE(text.HasUserDefinedVariable("Name"));
     EXPECT_FALSE(text.HasUserDefinedVariable("%%Name"));
     EXPECT_EQ(std::string(text), "a 2 b");
