@@ -59,8 +59,7 @@ public:
            const std::string& logFile) {
         pid_ = fork();
         if (pid_ == 0) {
-            std::FILE* out = std::freopen(logFile.c_str(), "a", stdout);
-            if (out != nullptr) dup2(fileno(stdout), 2);
+            if (std::freopen(logFile.c_str(), "a", stdout) != nullptr) dup2(fileno(stdout), 2);
             for (const std::string& setting : environment) putenv(const_cast<char*>(setting.c_str()));
             std::vector<char*> args;
             for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));

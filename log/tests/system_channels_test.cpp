@@ -15,6 +15,7 @@
 #include <string>
 
 #include "log/src/snmp_trap.h"
+#include "log/tests/daemon.h"
 #include "log/tests/log_test_support.h"
 #include "tests/support/temp_dir.h"
 
@@ -63,16 +64,14 @@ TEST_F(LoggerTest, SnmpChannelWithAnUnknownHostLosesLinesWithoutWaiting) {
     CLog* none = nullptr;
     CLogMsg msg(&none, "t", "", SevInfo);
     CChannelSnmp lost("no-such-host.invalid", 162, "public", SevInfo, "");
-    bool threw = false;
-    for (int i = 0; i < 500 && !threw; ++i) {
+    EXPECT_TRUE(osl::test::waitFor([&] {
         try {
             lost.Write(msg);
-            usleep(10000);
+            return false;
         } catch (const QIBError&) {
-            threw = true;
+            return true;
         }
-    }
-    EXPECT_TRUE(threw);
+    }));
 }
 
 }  // namespace
