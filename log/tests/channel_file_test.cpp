@@ -65,8 +65,7 @@ TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     line("first");
     line("second");
     for (const std::string& file : {path_, dir_.file("empty.log")}) {
-        const std::string content = readFile(file);
-        ASSERT_EQ(content.substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
+        ASSERT_EQ(readFile(file).substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
         const std::vector<std::string> all = fileLines(file);
         ASSERT_EQ(all.size(), 3u);
         EXPECT_EQ(body(all[1]), "first");

@@ -5,7 +5,6 @@
 #include <vum-qib-osl/log/channel_file.h>
 #include <vum-qib-osl/log/log.h>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -173,8 +172,7 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
         const pid_t pid = fork();
         ASSERT_GE(pid, 0);
         if (pid == 0) {
-            const int err = open(errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-            if (err < 0 || dup2(err, 2) < 0) _exit(3);
+            if (std::freopen(errorFile.c_str(), "w", stderr) == nullptr) _exit(3);
             if (c.childDropsToWriter && root && setuid(kNobody) != 0) _exit(4);
             if (first == 0) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(first++));
             if (c.damage) c.damage(dir.path().string());
@@ -190,9 +188,8 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
         files.push_back(log);
         for (const std::string& file : files) {
             const std::string content = osl::test::readFile(file);
-            for (auto at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1)) {
+            for (auto at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1))
                 ++seen[std::atoi(content.c_str() + at + 8)];
-            }
         }
         // A truncation empties the lines written before it; every later one is there.
         for (int n = c.damage ? 1 : 0; n < kLines; ++n) EXPECT_EQ(seen[n], 1) << "line " << n;
