@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -25,6 +24,8 @@ using osl::detail::LogFile;
 using osl::test::readFile;
 using osl::test::writeFile;
 using osl::test::backupsOf;
+using osl::test::body;
+using osl::test::fileLines;
 
 class FileChannelTest : public osl::test::LoggerTest {
 protected:
@@ -32,22 +33,14 @@ protected:
         LoggerTest::SetUp();
         path_ = dir_.file("run.log");
     }
-    CChannelCommonFile* addChannel(CChannelCommonFile* channel) {
+    template <class Channel = CChannelCommonFile>
+    Channel* add(const std::string& path, std::uint32_t maxSize = 0, const std::string& category = "") {
+        auto* channel = new Channel(path, SevInfo, category);
+        if (maxSize != 0) channel->SetMaxSize(maxSize);
         log_->AddChannel(channel);
         return channel;
     }
     static void line(const std::string& text) { OslLogPrint(SevInfo, "", "t", text); }
-    // The lines of a file, without their CR LF.
-    static std::vector<std::string> lines(const std::string& path) {
-        std::vector<std::string> result;
-        const std::string content = readFile(path);
-        for (std::size_t start = 0, end = 0; start < content.size(); start = end + 2) {
-            end = std::min(content.find("\r\n", start), content.size());
-            result.push_back(content.substr(start, end - start));
-        }
-        return result;
-    }
-    static std::string body(const std::string& logLine) { return logLine.substr(logLine.find(" : ") + 3); }
 
     osl::test::ScopedTimeZone tz_{"UTC"};
     osl::test::FakeClock clock_{2024, 3, 5, 14, 7, 9};
@@ -60,22 +53,20 @@ TEST(LogFileFormatTest, MalformedHeadersAreNotRead) {
     std::int64_t created = 0;
     for (const char* bad : {"LOX 1 00 20240305140709", "LOG 1 00 202403051407", "LOG x", "A header that is not"}) {
         SCOPED_TRACE(bad);
-        std::string text = std::string(bad) + std::string(80, ' ');
-        EXPECT_FALSE(LogFile::parseHeader(text.c_str(), created));
+        EXPECT_FALSE(LogFile::parseHeader((std::string(bad) + std::string(80, ' ')).c_str(), created));
     }
 }
 
 // A new file, and an empty one that exists, start with the header.
 TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
     writeFile(dir_.file("empty.log"), "");
-    addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    addChannel(new CChannelCommonFile(dir_.file("empty.log"), SevInfo, ""));
+    add(path_);
+    add(dir_.file("empty.log"));
     line("first");
     line("second");
     for (const std::string& file : {path_, dir_.file("empty.log")}) {
-        const std::string content = readFile(file);
-        ASSERT_EQ(content.substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
-        const std::vector<std::string> all = lines(file);
+        ASSERT_EQ(readFile(file).substr(0, 83), "LOG 1 00 20240305140709" + std::string(81 - 23, ' ') + "\r\n");
+        const std::vector<std::string> all = fileLines(file);
         ASSERT_EQ(all.size(), 3u);
         EXPECT_EQ(body(all[1]), "first");
         EXPECT_EQ(body(all[2]), "second");
@@ -85,8 +76,7 @@ TEST_F(FileChannelTest, FilesStartWithTheHeaderAndLinesEndInCrLf) {
 // Backup names never collide: a name taken moves on by a microsecond.
 TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
     clock_.advance(0, 999999);
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    channel->SetMaxSize(1000);
+    CChannelCommonFile* channel = add(path_, 1000);
     int n = 0;
     while (n == 0 || std::filesystem::file_size(path_) <= 1000) {
         line("line " + std::to_string(n++));
@@ -98,7 +88,7 @@ TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_05_14_07_09_999999.bak"));
     EXPECT_EQ(readFile(backups[0]), full);
-    const std::vector<std::string> now = lines(path_);
+    const std::vector<std::string> now = fileLines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(body(now[1]), "after");
     channel->SetMaxSize(10);
@@ -114,8 +104,8 @@ TEST_F(FileChannelTest, RotatesBySizeBeforeTheNextLine) {
 TEST_F(FileChannelTest, RotatesByAgeAfterWholeDaysIfTheHeaderTellsTheAge) {
     const std::string headerless = dir_.file("old.log");
     writeFile(headerless, std::string(48, 'x') + "\r\n");
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    CChannelCommonFile* old = addChannel(new CChannelCommonFile(headerless, SevInfo, ""));
+    CChannelCommonFile* channel = add(path_);
+    CChannelCommonFile* old = add(headerless);
     channel->SetPeriod(1);
     old->SetPeriod(1);
     line("day one");
@@ -127,8 +117,8 @@ TEST_F(FileChannelTest, RotatesByAgeAfterWholeDaysIfTheHeaderTellsTheAge) {
     const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
     EXPECT_EQ(backups[0], dir_.file("run_2024_03_06_14_07_09_000000.bak"));
-    EXPECT_EQ(lines(backups[0]).size(), 3u);
-    const std::vector<std::string> now = lines(path_);
+    EXPECT_EQ(fileLines(backups[0]).size(), 3u);
+    const std::vector<std::string> now = fileLines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240306140709");
     EXPECT_TRUE(backupsOf(headerless).empty());
@@ -138,16 +128,16 @@ TEST_F(FileChannelTest, RotatesByAgeAfterWholeDaysIfTheHeaderTellsTheAge) {
 }
 
 TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
-    CChannelCommonFile* rotating = addChannel(new CChannelCommonFile(path_, SevInfo, "a"));
-    addChannel(new CChannelCommonFile(path_, SevInfo, "b"));
+    CChannelCommonFile* rotating = add(path_, 0, "a");
+    add(path_, 0, "b");
     OslLogPrint(SevInfo, "b", "t", "b before");
     rotating->SetMaxSize(10);
     OslLogPrint(SevInfo, "a", "t", "a rotates");
     OslLogPrint(SevInfo, "b", "t", "b after");
     const std::vector<std::string> backups = backupsOf(path_);
     ASSERT_EQ(backups.size(), 1u);
-    EXPECT_EQ(lines(backups[0]).size(), 2u);
-    const std::vector<std::string> now = lines(path_);
+    EXPECT_EQ(fileLines(backups[0]).size(), 2u);
+    const std::vector<std::string> now = fileLines(path_);
     ASSERT_EQ(now.size(), 3u);
     EXPECT_EQ(body(now[1]), "a rotates");
     EXPECT_EQ(body(now[2]), "b after");
@@ -156,12 +146,12 @@ TEST_F(FileChannelTest, RotationByAnotherWriterIsNoticed) {
 // Within a second the channel sees what other programs did to the file: removed it (created
 // again, with its header), or appended to it (counted towards the size limit).
 TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
+    CChannelCommonFile* channel = add(path_);
     line("first");
     std::filesystem::remove(path_);
     clock_.advance(2);
     line("second");
-    std::vector<std::string> now = lines(path_);
+    std::vector<std::string> now = fileLines(path_);
     ASSERT_EQ(now.size(), 2u);
     EXPECT_EQ(now[0].substr(0, 23), "LOG 1 00 20240305140711");
     channel->SetMaxSize(1000);
@@ -170,18 +160,16 @@ TEST_F(FileChannelTest, ChangesByOtherProgramsShowWithinASecond) {
     clock_.advance(2);
     line("fourth");
     EXPECT_EQ(backupsOf(path_).size(), 1u);
-    EXPECT_EQ(lines(path_).size(), 2u);
+    EXPECT_EQ(fileLines(path_).size(), 2u);
 }
 
 TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
     // "run.txt" backs up to "run_*.bak" too: its backup must outlive our retention.
-    CChannelCommonFile* other = addChannel(new CChannelCommonFile(dir_.file("run.txt"), SevInfo, "txt"));
-    other->SetMaxSize(10);
+    add(dir_.file("run.txt"), 10, "txt");
     OslLogPrint(SevInfo, "txt", "t", "first");
     OslLogPrint(SevInfo, "txt", "t", "rotates");
     const std::string othersBackup = dir_.file("run_2024_03_05_14_07_09_000000.bak");
-    CChannelCommonFile* channel = addChannel(new CChannelCommonFile(path_, SevInfo, ""));
-    channel->SetMaxSize(10);
+    CChannelCommonFile* channel = add(path_, 10);
     for (int i = 0; i < 5; ++i) {
         clock_.advance(86400);
         line("line " + std::to_string(i));
@@ -199,14 +187,12 @@ TEST_F(FileChannelTest, RetentionByCountAndByAgeSparesAnotherLogsBackups) {
 }
 
 TEST_F(FileChannelTest, PrivateFileCarriesTheProcessId) {
-    auto* channel = new CChannelPrivateFile(path_, SevInfo, "");
-    log_->AddChannel(channel);
-    channel->SetMaxSize(100);
+    auto* channel = add<CChannelPrivateFile>(path_, 100);
     const std::string mine = dir_.file("run_" + std::to_string(osl::platform::currentProcessId()) + ".log");
     EXPECT_EQ(channel->GetFileName(), mine);
     line("one");
     line("two");
-    EXPECT_EQ(lines(mine).size(), 2u);
+    EXPECT_EQ(fileLines(mine).size(), 2u);
     EXPECT_EQ(backupsOf(mine).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(path_));
     EXPECT_FALSE(std::filesystem::exists(mine + ".lock"));

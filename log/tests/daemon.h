@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -32,9 +31,7 @@ inline std::string findProgram(const std::string& name) {
 /// A port on 127.0.0.1 that was free a moment ago, for UDP or (SOCK_STREAM) TCP.
 inline int freePort(int type = SOCK_DGRAM) {
     int fd = socket(AF_INET, type, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
     socklen_t length = sizeof address;
     int port = -1;
     if (fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
@@ -62,8 +59,7 @@ public:
            const std::string& logFile) {
         pid_ = fork();
         if (pid_ == 0) {
-            std::FILE* out = std::freopen(logFile.c_str(), "a", stdout);
-            if (out != nullptr) dup2(fileno(stdout), 2);
+            if (std::freopen(logFile.c_str(), "a", stdout) != nullptr) dup2(fileno(stdout), 2);
             for (const std::string& setting : environment) putenv(const_cast<char*>(setting.c_str()));
             std::vector<char*> args;
             for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
@@ -72,19 +68,16 @@ public:
             _exit(127);
         }
     }
-    ~Daemon() { stop(); }
-    Daemon(const Daemon&) = delete;
-    Daemon& operator=(const Daemon&) = delete;
-
-    void stop() {
+    ~Daemon() {
         if (pid_ <= 0) return;
         kill(pid_, SIGTERM);
         if (!waitFor([this] { return waitpid(pid_, nullptr, WNOHANG) != 0; }, 5)) {
             kill(pid_, SIGKILL);
             waitpid(pid_, nullptr, 0);
         }
-        pid_ = -1;
     }
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
 
 private:
     pid_t pid_ = -1;

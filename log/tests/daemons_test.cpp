@@ -44,8 +44,8 @@ TEST_F(DaemonTest, SnmptrapdReceivesAndDecodesTheTrap) {
     log_->AddChannel(new CChannelFunc(osl::test::captureLine, SevWarning, "*"));
     OslLogPrint(SevInfo, "db", "Open", "below the level");
     OslLogPrint(SevError, "db", "Open", "cannot open \"report\" now");
-    ASSERT_EQ(osl::test::capturedLines().size(), 1u);
-    const std::string line = osl::test::capturedLines()[0];
+    ASSERT_EQ(lines().size(), 1u);
+    const std::string line = lines()[0];
 
     ASSERT_TRUE(waitFor([&] { return readFile(received).find("1.3.6.1.4.1.32473.2.1.4.0") != std::string::npos; }))
         << readFile(received);
@@ -95,12 +95,11 @@ TEST_F(DaemonTest, RsyslogdReceivesTheEntriesWithTheirPriorities) {
     ASSERT_TRUE(waitFor([&] { return readFile(received).find("a system message") != std::string::npos; }))
         << readFile(received) << readFile(dir_.file("daemon.out"));
     const std::string log = readFile(received);
-    for (const char* expected : {"info|user|VELMARION| A syslogged", "warning|user|VELMARION| A syslogged",
-                                 "err|user|VELMARION| A syslogged"}) {
-        EXPECT_NE(log.find(expected), std::string::npos) << expected << "\n" << log;
+    for (const std::string priority : {"info", "warning", "err"}) {
+        EXPECT_NE(log.find(priority + "|user|VELMARION| A syslogged"), std::string::npos) << priority << "\n" << log;
     }
-    EXPECT_NE(log.find("info|user|VELMARION| A syslogged"), log.rfind("info|user|VELMARION| A syslogged"))
-        << "system messages are information";
+    const std::string info = "info|user|VELMARION| A syslogged";
+    EXPECT_NE(log.find(info), log.rfind(info)) << "system messages are information";
     EXPECT_NE(log.find("-FATAL Sys : a fatal error"), std::string::npos) << log;
     EXPECT_EQ(log.find("refused"), std::string::npos) << log;
 }

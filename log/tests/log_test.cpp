@@ -16,45 +16,40 @@ namespace {
 using osl::test::LoggerTest;
 
 // A channel with a given level and category that counts what reaches it.
-class CountingChannel : public CChannel {
-public:
-    CountingChannel(LogSeverity level, std::string category, bool fail = false)
-        : CChannel(level, std::move(category)), fail_(fail) {}
+struct CountingChannel : CChannel {
+    CountingChannel(LogSeverity level, std::string category, bool failing = false)
+        : CChannel(level, std::move(category)), fail(failing) {}
     void Write(CLogMsg& msg) override {
         if (!IsHiger(msg)) return;
         ++written;
-        if (fail_) throw std::runtime_error("channel failure");
+        if (fail) throw std::runtime_error("channel failure");
     }
     int written = 0;
-
-private:
-    bool fail_;
+    bool fail;
 };
 
 TEST(ChannelTest, IsHigerRules) {
     struct Case {
-        LogSeverity level;
-        std::string channel;
-        LogSeverity sev;
-        std::string message;
+        LogSeverity level, sev;
+        std::string channel, message;
         bool taken;
     };
     const Case cases[] = {
-        {SevWarning, "", SevInfo, "", false},       // below the level
-        {SevWarning, "", SevWarning, "", true},     // both empty
-        {SevInfo, "db", SevInfo, "db", true},       // equal
-        {SevInfo, "db", SevInfo, "", false},        // channel db, no category
-        {SevInfo, "db", SevInfo, "DB", false},      // case-sensitive
-        {SevInfo, "*", SevInfo, "net", true},       // exactly "*"
-        {SevInfo, "", SevInfo, "db", false},
-        {SevInfo, "db, net", SevInfo, "net", true},
-        {SevInfo, "db, net", SevInfo, "", false},   // "NONE" not listed
-        {SevInfo, "db, NONE", SevInfo, "", true},
-        {SevInfo, "*, ~db", SevInfo, "db", false},  // all but db
-        {SevInfo, "*, ~db", SevInfo, "net", true},
-        {SevInfo, "*x", SevInfo, "net", false},     // no comma: only exact "*" takes all
-        {SevInfo, "db,net", SevInfo, "net", false}, // split at ", " only
-        {SevNone, "*", SevSystem, "db", false},     // level 7 takes nothing
+        {SevWarning, SevInfo, "", "", false},       // below the level
+        {SevWarning, SevWarning, "", "", true},     // both empty
+        {SevInfo, SevInfo, "db", "db", true},       // equal
+        {SevInfo, SevInfo, "db", "", false},        // channel db, no category
+        {SevInfo, SevInfo, "db", "DB", false},      // case-sensitive
+        {SevInfo, SevInfo, "*", "net", true},       // exactly "*"
+        {SevInfo, SevInfo, "", "db", false},
+        {SevInfo, SevInfo, "db, net", "net", true},
+        {SevInfo, SevInfo, "db, net", "", false},   // "NONE" not listed
+        {SevInfo, SevInfo, "db, NONE", "", true},
+        {SevInfo, SevInfo, "*, ~db", "db", false},  // all but db
+        {SevInfo, SevInfo, "*, ~db", "net", true},
+        {SevInfo, SevInfo, "*x", "net", false},     // no comma: only exact "*" takes all
+        {SevInfo, SevInfo, "db,net", "net", false}, // split at ", " only
+        {SevNone, SevSystem, "*", "db", false},     // level 7 takes nothing
     };
     for (const Case& c : cases) {
         SCOPED_TRACE("channel '" + c.channel + "' message '" + c.message + "'");
@@ -72,9 +67,7 @@ TEST_F(LoggerTest, SummariesFollowTheChannels) {
     log_->AddChannel(new CountingChannel(SevWarning, "io"));
     EXPECT_TRUE(log_->HasSeverity(SevWarning));
     EXPECT_FALSE(log_->HasSeverity(SevInfo));
-    EXPECT_TRUE(log_->HasCategory("db"));
-    EXPECT_TRUE(log_->HasCategory("net"));
-    EXPECT_TRUE(log_->HasCategory("io"));
+    for (const char* category : {"db", "net", "io"}) EXPECT_TRUE(log_->HasCategory(category)) << category;
     EXPECT_FALSE(log_->HasCategory("DB"));  // exact, case-sensitive
     EXPECT_EQ(osl::detail::logGate.load(), SevWarning);
     // A message with a category needs a channel that names it.
@@ -131,9 +124,7 @@ TEST_F(LoggerTest, LinesFromManyThreadsAreWholeAndCounted) {
     for (auto& th : threads) th.join();
     EXPECT_EQ(channel->written, kThreads * kLines);
     ASSERT_EQ(lines().size(), static_cast<std::size_t>(kThreads * kLines));
-    for (const std::string& line : lines()) {
-        ASSERT_NE(line.find("-INFO  worker : thread "), std::string::npos) << line;
-    }
+    for (const std::string& line : lines()) ASSERT_NE(line.find("-INFO  worker : thread "), std::string::npos) << line;
 }
 
 TEST_F(LoggerTest, DestroyingTheSingletonClosesTheGate) {

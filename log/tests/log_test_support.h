@@ -1,5 +1,6 @@
 // log/tests/log_test_support.h
-// A logger singleton reset per test, and a function channel that records its lines.
+// A logger singleton reset per test, a function channel that records its lines, and readers of
+// log files.
 #pragma once
 
 #include <vum-qib-osl/log/log.h>
@@ -11,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temp_dir.h"
+
 namespace osl::test {
 
 inline std::vector<std::string>& capturedLines() {
@@ -19,6 +22,20 @@ inline std::vector<std::string>& capturedLines() {
 }
 
 inline void captureLine(const char* line) { capturedLines().push_back(line); }
+
+/// The text of a log line after its header.
+inline std::string body(const std::string& line) { return line.substr(line.find(" : ") + 3); }
+
+/// The lines of a log file, without their CR LF.
+inline std::vector<std::string> fileLines(const std::string& path) {
+    std::vector<std::string> result;
+    const std::string content = readFile(path);
+    for (std::size_t start = 0, end = 0; start < content.size(); start = end + 2) {
+        end = std::min(content.find("\r\n", start), content.size());
+        result.push_back(content.substr(start, end - start));
+    }
+    return result;
+}
 
 /// The names "<stem>_YYYY_MM_DD_hh_mm_ss_uuuuuu.bak" beside path, oldest first.
 inline std::vector<std::string> backupsOf(const std::string& path) {

@@ -5,7 +5,6 @@
 #include <vum-qib-osl/log/channel_file.h>
 #include <vum-qib-osl/log/log.h>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -31,6 +30,21 @@ constexpr int kProcesses = 4;
 constexpr int kLinesEach = 3000;
 constexpr std::uint32_t kMaxSize = 8000;
 
+// Leaves the logger one common file channel, with that size limit.
+void logInto(const std::string& path, std::uint32_t maxSize) {
+    CLog::Instance()->DeleteChannels();
+    auto* channel = new CChannelCommonFile(path, SevInfo, "");
+    channel->SetMaxSize(maxSize);
+    CLog::Instance()->AddChannel(channel);
+}
+
+// Waits for a child, which must have ended with status 0.
+testing::AssertionResult exitedNormally(pid_t pid) {
+    int status = 0;
+    const bool ok = waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return ok ? testing::AssertionSuccess() : testing::AssertionFailure() << "child status " << status;
+}
+
 // The body of line n of process p, padded so that lines differ in length.
 std::string bodyOf(int p, int n) { return "p" + std::to_string(p) + " n" + std::to_string(n) + " " + std::string(static_cast<std::size_t>(n % 40), '.'); }
 
@@ -39,14 +53,8 @@ std::string bodyOf(int p, int n) { return "p" + std::to_string(p) + " n" + std::
 [[noreturn]] void writeLines(const std::string& path, int p, int startPipe) {
     char go = 0;
     if (read(startPipe, &go, 1) != 1) _exit(3);
-    CLog* log = CLog::Instance();
-    log->SetProcessName("writer" + std::to_string(p));
-    if (p >= 2) {
-        log->DeleteChannels();
-        auto* channel = new CChannelCommonFile(path, SevInfo, "");
-        channel->SetMaxSize(kMaxSize);
-        log->AddChannel(channel);
-    }
+    CLog::Instance()->SetProcessName("writer" + std::to_string(p));
+    if (p >= 2) logInto(path, kMaxSize);
     CLogMsg msg("shared", "", SevInfo);
     for (int n = 0; n < kLinesEach; ++n) msg.Log(bodyOf(p, n));
     _exit(0);
@@ -55,12 +63,8 @@ std::string bodyOf(int p, int n) { return "p" + std::to_string(p) + " n" + std::
 TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
     osl::test::TempDir dir;
     const std::string path = dir.file("shared.log");
-    CLog* log = CLog::Instance();
-    log->DeleteChannels();
-    log->SetProcessName("writer");
-    auto* channel = new CChannelCommonFile(path, SevInfo, "");
-    channel->SetMaxSize(kMaxSize);
-    log->AddChannel(channel);
+    CLog::Instance()->SetProcessName("writer");
+    logInto(path, kMaxSize);
     OslLogPrint(SevInfo, "", "shared", "p9 n0 ");  // opens the file and its lock before the fork
     int startPipe[2];
     ASSERT_EQ(pipe(startPipe), 0);
@@ -75,14 +79,10 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
         children.push_back(pid);
     }
     close(startPipe[0]);
-    log->DeleteChannels();
+    CLog::Instance()->DeleteChannels();
     ASSERT_EQ(write(startPipe[1], "gogo", kProcesses), kProcesses);  // all start at once
     close(startPipe[1]);
-    for (pid_t pid : children) {
-        int status = 0;
-        ASSERT_EQ(waitpid(pid, &status, 0), pid);
-        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "writer status " << status;
-    }
+    for (pid_t pid : children) ASSERT_TRUE(exitedNormally(pid));
 
     std::vector<std::string> files = osl::test::backupsOf(path);
     ASSERT_GT(files.size(), 20u) << "the limit should have been crossed many times";
@@ -97,11 +97,9 @@ TEST(SharedFileTest, FourProcessesRotatingOneFileLoseNoLine) {
         std::int64_t created = 0;
         EXPECT_TRUE(osl::detail::LogFile::parseHeader(content.c_str(), created));
         ASSERT_EQ(content.substr(content.size() - 2), "\r\n");
-        std::size_t start = 83;
-        while (start < content.size()) {
-            const std::size_t end = content.find("\r\n", start);
-            const std::string line = content.substr(start, end - start);
-            start = end + 2;
+        std::vector<std::string> all = osl::test::fileLines(file);
+        all.erase(all.begin());  // the header
+        for (const std::string& line : all) {
             const std::size_t at = line.find("-INFO  shared : ");
             ASSERT_NE(at, std::string::npos) << "torn line: " << line;
             ASSERT_EQ(line.compare(0, 8, "A writer"), 0) << "torn line: " << line;
@@ -141,9 +139,8 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
         {"setuid child", nullptr, true, true, nullptr},
         {"truncated lock file", nullptr, true, false,
          [](const std::string& dir) {
-             for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+             for (const auto& entry : std::filesystem::directory_iterator(dir))
                  std::filesystem::resize_file(entry.path(), 0);
-             }
          }},
         {"read-only directory",
          [](const std::string& dir, const std::string& log) {
@@ -168,43 +165,34 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
         chmod(dir.path().c_str(), 0755);
         const std::string log = dir.file("app.log");
         if (c.prepare) c.prepare(dir.path().string(), log);
-        CLog* logger = CLog::Instance();
-        logger->DeleteChannels();
-        auto* channel = new CChannelCommonFile(log, SevInfo, "");
-        channel->SetMaxSize(600);
-        logger->AddChannel(channel);
+        logInto(log, 600);
         int first = 0;
         if (c.parentLogsFirst) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(first++));
         const std::string errorFile = errors.file("stderr");
         const pid_t pid = fork();
         ASSERT_GE(pid, 0);
         if (pid == 0) {
-            const int err = open(errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-            if (err < 0 || dup2(err, 2) < 0) _exit(3);
+            if (std::freopen(errorFile.c_str(), "w", stderr) == nullptr) _exit(3);
             if (c.childDropsToWriter && root && setuid(kNobody) != 0) _exit(4);
             if (first == 0) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(first++));
             if (c.damage) c.damage(dir.path().string());
             for (int n = first; n < kLines; ++n) OslLogPrint(SevInfo, "", "t", "line " + std::to_string(n));
             _exit(0);
         }
-        int status = 0;
-        ASSERT_EQ(waitpid(pid, &status, 0), pid);
-        logger->DeleteChannels();
+        const testing::AssertionResult exited = exitedNormally(pid);
+        CLog::Instance()->DeleteChannels();
         chmod(dir.path().c_str(), 0755);
-        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+        ASSERT_TRUE(exited);
         std::map<int, int> seen;  // the count of each "line N" in the log and its backups
         std::vector<std::string> files = osl::test::backupsOf(log);
         files.push_back(log);
         for (const std::string& file : files) {
             const std::string content = osl::test::readFile(file);
-            for (auto at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1)) {
+            for (auto at = content.find(" : line "); at != std::string::npos; at = content.find(" : line ", at + 1))
                 ++seen[std::atoi(content.c_str() + at + 8)];
-            }
         }
         // A truncation empties the lines written before it; every later one is there.
-        for (int n = c.damage ? 1 : 0; n < kLines; ++n) {
-            EXPECT_EQ(seen[n], 1) << "line " << n;
-        }
+        for (int n = c.damage ? 1 : 0; n < kLines; ++n) EXPECT_EQ(seen[n], 1) << "line " << n;
         std::istringstream said(osl::test::readFile(errorFile));
         std::set<std::string> distinct;
         for (std::string text; std::getline(said, text);) EXPECT_TRUE(distinct.insert(text).second) << "twice: " << text;
@@ -215,12 +203,8 @@ TEST(DamagedLogFileTest, WritersNeitherCrashNorLoseLines) {
 // child's private file is its own, named after its process id.
 TEST(ForkedLoggerTest, ChildrenLogIntoFilesOfTheirOwn) {
     osl::test::TempDir dir;
-    CLog* logger = CLog::Instance();
-    logger->DeleteChannels();
-    logger->AddChannel(new CChannelPrivateFile(dir.file("run.log"), SevInfo, ""));
-    auto* common = new CChannelCommonFile(dir.file("common.log"), SevInfo, "");
-    common->SetMaxSize(2000);
-    logger->AddChannel(common);
+    logInto(dir.file("common.log"), 2000);
+    CLog::Instance()->AddChannel(new CChannelPrivateFile(dir.file("run.log"), SevInfo, ""));
     OslLogPrint(SevInfo, "", "t", "parent");  // the logger is in use before the fork, as in a host
     std::atomic<bool> stop{false};
     std::thread busy([&stop] {
@@ -239,12 +223,10 @@ TEST(ForkedLoggerTest, ChildrenLogIntoFilesOfTheirOwn) {
     }
     stop = true;
     busy.join();
-    logger->DeleteChannels();
+    CLog::Instance()->DeleteChannels();
     for (pid_t pid : children) {
         SCOPED_TRACE(pid);
-        int status = 0;
-        ASSERT_EQ(waitpid(pid, &status, 0), pid);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+        EXPECT_TRUE(exitedNormally(pid));
         const std::string own = osl::test::readFile(dir.file("run_" + std::to_string(pid) + ".log"));
         EXPECT_NE(own.find(" : child\r\n"), std::string::npos);
         EXPECT_EQ(own.find(" : parent"), std::string::npos);

@@ -11,10 +11,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <string>
 
 #include "log/src/snmp_trap.h"
+#include "log/tests/daemon.h"
 #include "log/tests/log_test_support.h"
+#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -23,12 +26,11 @@ using osl::test::LoggerTest;
 // Runs the debugger channel in a child whose output is captured; traced makes the parent its
 // tracer first.
 std::string debugChannelOutput(bool traced) {
-    int out[2];
-    if (pipe(out) != 0) return "pipe failed";
-    pid_t pid = fork();
+    osl::test::TempDir dir;
+    const std::string out = dir.file("stderr");
+    const pid_t pid = fork();
     if (pid == 0) {
-        close(out[0]);
-        dup2(out[1], 2);
+        if (std::freopen(out.c_str(), "w", stderr) == nullptr) _exit(2);
         if (traced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(3);
         CLog log;
         log.SetProcessName("debugged");
@@ -38,15 +40,8 @@ std::string debugChannelOutput(bool traced) {
         real.Log("to the debugger");
         _exit(0);
     }
-    close(out[1]);
-    std::string text;
-    char buffer[512];
-    ssize_t n;
-    while ((n = read(out[0], buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<std::size_t>(n));
-    close(out[0]);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return text;
+    waitpid(pid, nullptr, 0);
+    return osl::test::readFile(out);
 }
 
 TEST(DebugChannelTest, WritesOnlyWhileADebuggerIsAttached) {
@@ -69,16 +64,14 @@ TEST_F(LoggerTest, SnmpChannelWithAnUnknownHostLosesLinesWithoutWaiting) {
     CLog* none = nullptr;
     CLogMsg msg(&none, "t", "", SevInfo);
     CChannelSnmp lost("no-such-host.invalid", 162, "public", SevInfo, "");
-    bool threw = false;
-    for (int i = 0; i < 500 && !threw; ++i) {
+    EXPECT_TRUE(osl::test::waitFor([&] {
         try {
             lost.Write(msg);
-            usleep(10000);
+            return false;
         } catch (const QIBError&) {
-            threw = true;
+            return true;
         }
-    }
-    EXPECT_TRUE(threw);
+    }));
 }
 
 }  // namespace
