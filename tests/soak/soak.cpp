@@ -50,27 +50,14 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-int verdict(const std::string& mode, const std::string& summary, const std::string& failure) {
-    std::cout << "soak " << mode << ": " << summary
-              << (failure.empty() ? ": PASS" : ": FAIL: " + failure) << std::endl;
+// Prints "soak MODE: <the summary parts>: PASS" (or ": FAIL: reason") and gives the exit status.
+template <class... Parts>
+int verdict(const std::string& mode, const std::string& failure, const Parts&... summary) {
+    std::ostringstream line;
+    (line << ... << summary);
+    std::cout << "soak " << mode << ": " << line.str() << (failure.empty() ? ": PASS" : ": FAIL: " + failure)
+              << std::endl;
     return failure.empty() ? 0 : 1;
-}
-
-// Runs `work(index)` in `count` children and waits for them; false when one did not exit with 0.
-bool inChildren(int count, const std::function<int(int)>& work) {
-    std::vector<pid_t> children;
-    for (int i = 0; i < count; ++i) {
-        const pid_t pid = fork();
-        if (pid < 0) return false;
-        if (pid == 0) _exit(work(i));
-        children.push_back(pid);
-    }
-    bool ok = true;
-    for (pid_t pid : children) {
-        int status = 0;
-        ok = waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0 && ok;
-    }
-    return ok;
 }
 
 struct Tally {
@@ -78,26 +65,46 @@ struct Tally {
     long bad = 0;
 };
 
+// The sum of the first `count` tallies.
+Tally sum(const std::vector<Tally>& tallies, size_t count = SIZE_MAX) {
+    Tally all;
+    for (size_t i = 0; i < std::min(count, tallies.size()); ++i) {
+        all.rounds += tallies[i].rounds;
+        all.bad += tallies[i].bad;
+    }
+    return all;
+}
+
 // Runs round(process, n) in `count` children over and over for the given time; a round that
 // returns false or throws is bad. The tallies come back through DIR/count.P; ran is false when
-// a child could not be run or had a bad round.
+// a child could not be run or did not exit with 0 (a bad round).
 std::vector<Tally> inRounds(const fs::path& dir, int seconds, int count, bool& ran,
                             const std::function<bool(int, long)>& round,
                             const std::function<void(int)>& finish = {}) {
     const auto until = Clock::now() + std::chrono::seconds(seconds);
-    ran = inChildren(count, [&](int p) {
-        Tally t;
-        for (; Clock::now() < until; ++t.rounds) {
-            try {
-                t.bad += !round(p, t.rounds);
-            } catch (const QIBError& e) {
-                if (t.bad++ == 0) std::cerr << "process " << p << ", first failure: " << e << "\n";
+    std::vector<pid_t> children;
+    for (int p = 0; p < count; ++p) {
+        const pid_t pid = fork();
+        if (pid == 0) {
+            Tally t;
+            for (; Clock::now() < until; ++t.rounds) {
+                try {
+                    t.bad += !round(p, t.rounds);
+                } catch (const QIBError& e) {
+                    if (t.bad++ == 0) std::cerr << "process " << p << ", first failure: " << e << "\n";
+                }
             }
+            std::ofstream(dir / ("count." + std::to_string(p))) << t.rounds << " " << t.bad;
+            if (finish) finish(p);
+            _exit(t.bad == 0 ? 0 : 1);
         }
-        std::ofstream(dir / ("count." + std::to_string(p))) << t.rounds << " " << t.bad;
-        if (finish) finish(p);
-        return t.bad == 0 ? 0 : 1;
-    });
+        children.push_back(pid);
+    }
+    ran = true;
+    for (pid_t pid : children) {
+        int status = 0;
+        ran = pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0 && ran;
+    }
     std::vector<Tally> tallies(static_cast<size_t>(count));
     for (int p = 0; p < count; ++p) {
         Tally& t = tallies[static_cast<size_t>(p)];
@@ -158,11 +165,13 @@ int soakLog(const fs::path& dir, int seconds, int processes) {
     }
     long lost = 0;
     for (const auto& marks : seen) lost += std::count(marks.begin(), marks.end(), 0);
-    std::ostringstream summary;
-    summary << processes << " processes, " << seconds << " s, " << lines << " lines in " << files
-            << " files, " << lost << " lost, " << torn << " torn, " << doubled << " doubled";
-    const bool ok = ran && lost == 0 && torn == 0 && doubled == 0 && files > 1;
-    return verdict("log", summary.str(), ok ? "" : (ran ? "lines differ" : "a writer failed"));
+    const char* failure = !ran                                ? "a writer failed"
+                          : lost != 0 || torn != 0 || doubled != 0 ? "lines differ"
+                          : files < 2                              ? "the file never rotated"
+                                                                   : "";
+    return verdict("log", failure, processes, " processes, ", seconds,
+                   " s, ", lines, " lines in ", files, " files, ", lost, " lost, ", torn, " torn, ", doubled,
+                   " doubled");
 }
 
 // Every table written has keys k0..k49 all holding one stamp ("W-N": writer and round): a load
@@ -200,21 +209,17 @@ int soakIni(const fs::path& dir, int seconds, int writers) {
         ini.FlushIniDataToFile(file);
         return true;
     });
-    long flushes = 0, bad = 0;
-    for (int w = 0; w < writers; ++w) flushes += tallies[static_cast<size_t>(w)].rounds;
-    for (const Tally& t : tallies) bad += t.bad;
     const long reads = tallies.back().rounds;
-    std::ostringstream summary;
-    summary << writers << " writers, " << flushes << " flushes, " << reads << " reads, " << bad
-            << " bad";
-    return verdict("ini", summary.str(), ran && reads > 0 ? "" : "a read saw no single table");
+    return verdict("ini", ran && reads > 0 ? "" : "a read saw no single table", writers, " writers, ",
+                   sum(tallies, static_cast<size_t>(writers)).rounds, " flushes, ", reads, " reads, ",
+                   sum(tallies).bad, " bad");
 }
 
 // Each client loads the remote file, checks it and stores its own table, round after round.
 int soakRemote(const fs::path& dir, int seconds, int clients) {
     const char* cgi = std::getenv("OSL_HTTP_FILE_CGI");
     if (cgi == nullptr)
-        return verdict("remote", "no endpoint program", "OSL_HTTP_FILE_CGI is not set");
+        return verdict("remote", "OSL_HTTP_FILE_CGI is not set", "no endpoint program");
     const std::string d = dir.string();
     fs::create_directories(dir / "www/qib");
     fs::create_symlink(cgi, dir / "www/qib/vum-qib-http-file-cgi.exe");
@@ -222,7 +227,7 @@ int soakRemote(const fs::path& dir, int seconds, int clients) {
     std::ofstream(dir / "remote.ini") << firstTable();
     setenv("no_proxy", "*", 1);
     const osl::test::HttpFileServer server(d);
-    if (!server.failure().empty()) return verdict("remote", "no web server", server.failure());
+    if (!server.failure().empty()) return verdict("remote", server.failure(), "no web server");
     bool ran = false;
     const auto tallies = inRounds(dir, seconds, clients, ran, [&](int c, long n) {
         RemoteIni ini(server.address(), "/qib", "", "");
@@ -231,14 +236,9 @@ int soakRemote(const fs::path& dir, int seconds, int clients) {
         ini.FlushIniDataToFile("");
         return whole;
     });
-    long rounds = 0, bad = 0;
-    for (const Tally& t : tallies) {
-        rounds += t.rounds;
-        bad += t.bad;
-    }
-    std::ostringstream summary;
-    summary << clients << " clients, " << rounds << " loads and stores, " << bad << " bad";
-    return verdict("remote", summary.str(), ran && rounds > 0 ? "" : "a load saw no single table");
+    const Tally all = sum(tallies);
+    return verdict("remote", ran && all.rounds > 0 ? "" : "a load saw no single table", clients, " clients, ",
+                   all.rounds, " loads and stores, ", all.bad, " bad");
 }
 
 // Each round takes one of four computer-scope locks: exclusive (or by TryLock) to add one to the
@@ -293,22 +293,16 @@ int soakLocks(const fs::path& dir, int seconds, int processes) {
             e += d;
         }
     }
-    long rounds = 0, bad = 0, wrong = 0, total = 0;
-    for (const Tally& t : tallies) {
-        rounds += t.rounds;
-        bad += t.bad;
-    }
+    long wrong = 0, total = 0;
     for (int k = 0; k < kNames; ++k) {
         long value = -1;
         std::ifstream(counter(k)) >> value;
         wrong += value != expected[static_cast<size_t>(k)];
         total += value;
     }
-    std::ostringstream summary;
-    summary << processes << " processes, " << rounds << " rounds, " << total << " additions, "
-            << wrong << " counters off, " << bad << " bad rounds";
-    return verdict("locks", summary.str(),
-                   ran && wrong == 0 && total > 0 ? "" : "a counter lost or gained an addition");
+    return verdict("locks", ran && wrong == 0 && total > 0 ? "" : "a counter lost or gained an addition", processes,
+                   " processes, ", sum(tallies).rounds, " rounds, ", total, " additions, ", wrong, " counters off, ",
+                   sum(tallies).bad, " bad rounds");
 }
 
 // Sums of the first counter's count and sum columns over the data rows of a report file, and the
@@ -354,10 +348,10 @@ int soakStats(const fs::path& dir, int days, int threads) {
     CQibOsl_Statistics_UpDownCounter level("L");
     if (!clock.waitForSleeps(1)) {
         osl::detail::resetStatistics();
-        return verdict("stats", "no thread", "the statistics thread never slept");
+        return verdict("stats", "the statistics thread never slept", "no thread");
     }
     std::atomic<bool> reporting{true};
-    std::atomic<long> count{0}, sum{0};
+    std::atomic<long> reported{0}, reportedSum{0};
     std::vector<std::thread> reporters;
     for (int r = 0; r < threads; ++r) {
         reporters.emplace_back([&, r] {
@@ -366,8 +360,8 @@ int soakStats(const fs::path& dir, int days, int threads) {
                 events.ReportEventA(value);
                 level.Inc();
                 level.Dec();
-                count += 1;
-                sum += value;
+                reported += 1;
+                reportedSum += value;
                 if (i % 64 == 0) std::this_thread::sleep_for(std::chrono::microseconds(50));
             }
         });
@@ -393,17 +387,15 @@ int soakStats(const fs::path& dir, int days, int threads) {
     const long closedDays = (end - 30) / 86400;
     const long closedMonths = (year_month_day{next}.year() - 2025y).count() * 12 +
                               static_cast<long>(static_cast<unsigned>(year_month_day{next}.month())) - 1;
-    std::ostringstream summary;
-    summary << closedDays << " days, " << count << " events, " << hour.rows / 60 << " hour, " << day.rows / 24
-            << " day and " << month.rows / 31 << " month reports, " << stalls << " stalls";
     std::string failure;
     for (const auto& [name, t] : {std::pair{"hour", hour}, {"day", day}, {"month", month}}) {
-        if (t.count != count || t.sum != sum) failure += std::string(name) + " totals differ; ";
+        if (t.count != reported || t.sum != reportedSum) failure += std::string(name) + " totals differ; ";
     }
     if (hour.rows != closedDays * 24 * 60 || day.rows != closedDays * 24 || month.rows != closedMonths * 31)
         failure += "reports missing; ";
     if (stalls != 0) failure += "the thread stalled; ";
-    return verdict("stats", summary.str(), failure);
+    return verdict("stats", failure, closedDays, " days, ", reported.load(), " events, ", hour.rows / 60, " hour, ",
+                   day.rows / 24, " day and ", month.rows / 31, " month reports, ", stalls, " stalls");
 }
 
 }  // namespace
