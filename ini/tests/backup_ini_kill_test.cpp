@@ -61,12 +61,8 @@ TEST(BackupIniKillTest, TwoWritersFinishedOrKilledLeaveOneWholeTable) {
         if (flushes == 0) std::this_thread::sleep_for(std::chrono::microseconds(delayMicroseconds(random)));
         for (const pid_t child : writers) {
             ASSERT_GT(child, 0);
-            if (flushes == 0) {
-                kill(child, SIGKILL);
-                ASSERT_EQ(waitpid(child, nullptr, 0), child);
-            } else {
-                ASSERT_TRUE(exitedCleanly(child)) << "a writer failed";
-            }
+            if (flushes == 0) kill(child, SIGKILL);
+            ASSERT_TRUE(flushes == 0 ? waitpid(child, nullptr, 0) == child : exitedCleanly(child)) << "a writer failed";
         }
         const std::string text = osl::test::readFile(file);
         ASSERT_EQ(tables.count(text), 1u) << "round " << round << ": " << text.size() << " bytes, no whole table";

@@ -16,12 +16,10 @@ int main(int argc, char** argv) {
         BackupIni ini(argv[1]);
         for (int n = 1; flushes == 0 || n <= flushes; ++n) {
             const std::string generation = "generation " + std::to_string(first + n % 2) + " value of ";
-            for (int g = 0; g < 10; ++g) {
-                for (int k = 0; k < keys; ++k) {
+            for (int g = 0; g < 10; ++g)
+                for (int k = 0; k < keys; ++k)
                     ini.SetKeyValue("group" + std::to_string(g), "key" + std::to_string(k),
                                     generation + std::to_string(g) + "." + std::to_string(k) + " padding the file");
-                }
-            }
             ini.FlushIniDataToFile("");
         }
     } catch (const QIBError& e) {

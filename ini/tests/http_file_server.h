@@ -42,10 +42,8 @@ cgi.assign = (".exe" => "")
 setenv.add-environment = ("VUM_QIB_HTTP_FILE_CONFIG" => "@/endpoint.ini")
 )" + extraConfig;
         config.replace(config.find("PORT"), 4, std::to_string(port_));
-        for (std::size_t at = config.find('@'); at != std::string::npos;
-             at = config.find('@', at + dir.size())) {
+        for (std::size_t at = config.find('@'); at != std::string::npos; at = config.find('@', at + dir.size()))
             config.replace(at, 1, dir);
-        }
         writeFile(dir + "/lighttpd.conf", config);
         daemon_ = std::make_unique<Daemon>(
             std::vector<std::string>{lighttpd, "-D", "-f", dir + "/lighttpd.conf"},

@@ -10,30 +10,22 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include "ini/src/unicode_settings.h"
+#include "ini/tests/thrown.h"
 #include "misc/src/install_root.h"
 #include "tests/support/scoped_unicode_mode.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
+using osl::test::thrown;
+const std::string kWhere = ", programm ini/src/qib_fds_ini";
+
 class QibFDSIniTest : public ::testing::Test {
 protected:
     void SetUp() override { std::filesystem::create_directories(dir_.path() / "config"); }
-    void expectError(const std::function<void()>& action, const std::string& text, long code, long severity) {
-        try {
-            action();
-            ADD_FAILURE() << "no error, expected " << text;
-        } catch (const QIBError& e) {
-            EXPECT_EQ(e.What(), text);
-            EXPECT_EQ(e.Code(), code);
-            EXPECT_EQ(e.Severity(), severity);
-            EXPECT_EQ(e.Where().rfind("ini/src/qib_fds_ini ", 0), 0u) << e.Where();
-        }
-    }
     osl::test::TempDir dir_;
     const std::string installation_ = dir_.path().string();
     const std::string settings_ = dir_.file("config/qib_fds.ini");
@@ -76,21 +68,20 @@ public:
 };
 
 TEST_F(QibFDSIniTest, LocationLoadAndFlushErrors) {
-    const std::string missing = dir_.file("nowhere") + "/config/qib_fds.ini";
-    expectError([&] { QibFDSIni(dir_.file("nowhere"), true); },
-                "QibFDSIni::QibFDSIni file " + missing + " does not exist.", 12, 99);
+    EXPECT_EQ(thrown([&] { QibFDSIni(dir_.file("nowhere"), true); }), "QibFDSIni::QibFDSIni file " +
+              dir_.file("nowhere") + "/config/qib_fds.ini does not exist., code 12, severity 99" + kWhere);
     osl::test::writeFile(settings_, "[a]\nk=1\n[b] x\n");
-    expectError([&] { QibFDSIni(installation_, true); },
-                "Error read qib_fds file " + settings_ + " :  ] sign doesn't end line ", 99, 12);
-    // Without a directory, the file is looked for next to the code of the library.
-    const std::string beside = osl::detail::installationRoot() + "config/qib_fds.ini";
-    if (!std::filesystem::exists(beside)) {
-        expectError([] { QibFDSIni(true); }, "QibFDSIni::QibFDSIni file " + beside + " does not exist.", 12, 99);
-    }
+    EXPECT_EQ(thrown([&] { QibFDSIni(installation_, true); }),
+              "Error read qib_fds file " + settings_ + " :  ] sign doesn't end line , code 99, severity 12" + kWhere);
     // Integer parse errors become QIBErrors.
     osl::test::writeFile(settings_, "[a]\n");
     NumberThrowingIni ini(installation_, false);
-    expectError([&] { ini.Flush(); }, "QibFDSIni::Flush : No group name", 99, 12);
+    EXPECT_EQ(thrown([&] { ini.Flush(); }), "QibFDSIni::Flush : No group name, code 99, severity 12" + kWhere);
+    // Without a directory, the file is looked for next to the code of the library.
+    const std::string beside = osl::detail::installationRoot() + "config/qib_fds.ini";
+    if (std::filesystem::exists(beside)) return;
+    EXPECT_EQ(thrown([] { QibFDSIni(true); }),
+              "QibFDSIni::QibFDSIni file " + beside + " does not exist., code 12, severity 99" + kWhere);
 }
 
 class UnicodeSettingsTest : public QibFDSIniTest {
@@ -114,20 +105,16 @@ TEST_F(UnicodeSettingsTest, ReadsTheUnicodeGroup) {
 }
 
 TEST_F(UnicodeSettingsTest, NoModeKeyMeansLegacy) {
-    // No "mode" key: legacy, whatever else is set; the file-system encoding follows the current one.
-    // The group "default" does not count here.
+    // Legacy whatever else is set (the group "default" does not count); the file system follows the current encoding.
     osl::test::writeFile(settings_, "[default]\nmode=unicode\n[unicode]\ndefault_character_set=Latin1\n");
     const Osl_UnicodeSettings read = osl::detail::readUnicodeSettings(installation_);
     EXPECT_EQ(read.mode, "legacy");
     EXPECT_EQ(read.os_file_systemnative_character_set, "Latin1");
 }
 
-int thrownInt(const std::function<void()>& f) {  // -1: nothing thrown
-    try {
-        f();
-    } catch (int e) {
-        return e;
-    }
+template <class F>
+int thrownInt(F f) {  // -1: nothing thrown
+    try { f(); } catch (int e) { return e; }
     return -1;
 }
 
@@ -153,10 +140,10 @@ TEST_F(GeneralConfigurationTest, TheFirstSetVariableGivesTheRoot) {
     const std::pair<std::string (*)(), const char*> getters[] = {
         {G::GetBannersDirectory, "banners"}, {G::GetBinDirectory, "bin"}, {G::GetDBDirectory, "db"},
         {G::GetConfigurationDirectory, "configuration"}, {G::GetDdfpageDirectory, "ddfpage"},
-        {G::GetDefinitionsDirectory, "definitions"}, {G::GetDocumentationDirectory, "documentation"},
-        {G::GetDriversDirectory, "drivers"}, {G::GetExamplesDirectory, "examples"}, {G::GetLogDirectory, "log"},
-        {G::GetMessagesDirectory, "messages"},
-        {G::GetMonitorDirectory, "monitor"}, {G::GetRecipientDirectory, "recipient"}, {G::GetTmpDirectory, "tmp"},
+        {G::GetTmpDirectory, "tmp"}, {G::GetDefinitionsDirectory, "definitions"},
+        {G::GetDocumentationDirectory, "documentation"}, {G::GetDriversDirectory, "drivers"},
+        {G::GetExamplesDirectory, "examples"}, {G::GetLogDirectory, "log"}, {G::GetMessagesDirectory, "messages"},
+        {G::GetMonitorDirectory, "monitor"}, {G::GetRecipientDirectory, "recipient"},
     };
     for (const auto& [getter, name] : getters) EXPECT_EQ(getter(), std::string("/prod/") + name + "/");
 

@@ -5,17 +5,16 @@
 #include <vum-qib-osl/ini/http_file.h>
 #include <vum-qib-osl/ini/remote_ini.h>
 #include <vum-qib-osl/misc/osl_init.h>
-#include <vum-qib-osl/misc/qib_error.h>
 
 #include <memory>
 
 #include "ini/tests/http_file_server.h"
+#include "ini/tests/thrown.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
-using osl::test::readFile;
-using osl::test::writeFile;
+using osl::test::readFile, osl::test::thrown, osl::test::writeFile;
 
 // /qib and /secret (basic authentication, user qib, password "s3cret") run the endpoint on the
 // file remote.ini; /probe runs a script that answers with the client's port as an INI file.
@@ -24,20 +23,18 @@ protected:
     void SetUp() override {
         InitOSL();
         setenv("no_proxy", "*", 1);  // loopback, whatever proxy the machine has
-        const std::string d = dir_.path().string();
-        writeFile(dir_.file("endpoint.ini"), "[http_file]\nfile=" + d + "/remote.ini\nmax_body=4096\n");
+        writeFile(dir_.file("endpoint.ini"), "[http_file]\nfile=" + d_ + "/remote.ini\nmax_body=4096\n");
         writeFile(dir_.file("users"), "qib:s3cret\n");
         for (const char* base : {"www", "www/qib", "www/secret", "www/probe"})
             std::filesystem::create_directory(dir_.file(base));
         for (const char* base : {"qib", "secret"})
-            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI, d + "/www/" + base + "/vum-qib-http-file-cgi.exe");
-        const std::string probe = d + "/www/probe/vum-qib-http-file-cgi.exe";
+            std::filesystem::create_symlink(OSL_HTTP_FILE_CGI, d_ + "/www/" + base + "/vum-qib-http-file-cgi.exe");
+        const std::string probe = d_ + "/www/probe/vum-qib-http-file-cgi.exe";
         writeFile(probe, "#!/bin/sh\nprintf 'Content-Type: text/plain\\r\\n\\r\\n[connection]\\nport=%s\\n' \"$REMOTE_PORT\"\n");
         std::filesystem::permissions(probe, std::filesystem::perms::owner_all);
     }
 
     void start(bool tls = false) {
-        const std::string d = dir_.path().string();
         std::string config = R"(server.modules += ("mod_auth", "mod_authn_file")
 auth.backend = "plain"
 auth.backend.plain.userfile = "@/users"
@@ -45,22 +42,23 @@ auth.require = ("/secret/" => ("method" => "basic", "realm" => "qib", "require" 
 )";
         if (tls) {
             const std::string openssl = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
-                                        "-days 1 -subj /CN=localhost -keyout '" + d + "/key.pem' -out '" + d +
-                                        "/cert.pem' 2>'" + d + "/openssl.out'";
-            ASSERT_EQ(std::system(openssl.c_str()), 0) << readFile(d + "/openssl.out");
+                                        "-days 1 -subj /CN=localhost -keyout '" + d_ + "/key.pem' -out '" + d_ +
+                                        "/cert.pem' 2>'" + d_ + "/openssl.out'";
+            ASSERT_EQ(std::system(openssl.c_str()), 0) << readFile(d_ + "/openssl.out");
             config += R"(server.modules += ("mod_openssl")
 ssl.engine = "enable"
 ssl.pemfile = "@/cert.pem"
 ssl.privkey = "@/key.pem"
 )";
         }
-        server_ = std::make_unique<osl::test::HttpFileServer>(d, config);
+        server_ = std::make_unique<osl::test::HttpFileServer>(d_, config);
         ASSERT_EQ(server_->failure(), "");
     }
 
     std::string server() const { return server_->address(); }
 
     osl::test::TempDir dir_;
+    const std::string d_ = dir_.path().string();
     std::unique_ptr<osl::test::HttpFileServer> server_;
 };
 
@@ -83,58 +81,44 @@ TEST_F(RemoteIniTest, StoredValuesComeBackUnchanged) {
 
 TEST_F(RemoteIniTest, FailuresCarryTheirTextAndCode) {
     start();
-    struct Case {
-        const char *name, *file;  // file null: no file
-        std::string server;
-        const char *path, *user, *password;
-        long code;
-        std::string text;
-    };
+    struct Case { const char *name, *file; std::string server; const char *path, *user, *password; std::string error; };
+    const std::string transfer = ", severity 0, programm unknown";  // a transfer error has no module
     const Case cases[] = {
-        {"empty file", "\n ; only a comment\n", server(), "/qib", "", "", 5, "Ini file is empty"},
-        {"endpoint error body", nullptr, server(), "/qib", "", "", -5,
-         "Error: cannot read the file: No such file or directory"},
-        {"wrong password", "[a]\n", server(), "/secret", "qib", "wrong", -7, "Authenticate failed"},
+        {"empty file", "\n ; only a comment\n", server(), "/qib", "", "",
+         "Ini file is empty, code 5, severity 12, programm ini/src/qib_http_ini"},
+        {"endpoint error body", nullptr, server(), "/qib", "", "",
+         "Error: cannot read the file: No such file or directory, code -5" + transfer},
+        {"wrong password", "[a]\n", server(), "/secret", "qib", "wrong", "Authenticate failed, code -7" + transfer},
         {"server down", "[a]\n", "127.0.0.1:" + std::to_string(osl::test::freePort(SOCK_STREAM)),
-         "/qib", "", "", -3, "Send Request failed. Last Error is 7"},
-        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", -3, "Send Request failed. Status 404"},
-        {"bad port", "[a]\n", "127.0.0.1:http", "/qib", "", "", -2, "Internet Connect failed"},
+         "/qib", "", "", "Send Request failed. Last Error is 7, code -3" + transfer},
+        {"no endpoint", "[a]\n", server(), "/nowhere", "", "", "Send Request failed. Status 404, code -3" + transfer},
+        {"bad port", "[a]\n", "127.0.0.1:http", "/qib", "", "", "Internet Connect failed, code -2" + transfer},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         std::filesystem::remove(dir_.file("remote.ini"));
         if (c.file) writeFile(dir_.file("remote.ini"), c.file);
-        try {
-            RemoteIni ini(c.server, c.path, c.user, c.password);
-            ADD_FAILURE() << "no error";
-        } catch (const QIBError& e) {
-            EXPECT_EQ(e.Code(), c.code);
-            EXPECT_EQ(e.What(), c.text);
-        }
+        EXPECT_EQ(thrown([&] { RemoteIni(c.server, c.path, c.user, c.password); }), c.error);
     }
 }
 
 TEST_F(RemoteIniTest, EndpointHonoursTextModeAndItsBodyLimit) {
     start();
-    std::string content = "[a]\r\nk=1&2\r\n";
-    HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", true, content, "", "");
-    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[a]\nk=1&2\n");
-    content = "[a]\r\nk=1&2\r\n";
-    HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", false, content, "", "");
-    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[a]\r\nk=1&2\r\n");
-    std::string fetched;
-    HTTP_GetFile(server(), "/qib/vum-qib-http-file-cgi.exe", false, fetched, "", "");
-    EXPECT_EQ(fetched, "[a]\r\nk=1&2\r\n");
-
-    content = "[a]\nk=" + std::string(4100, 'x') + "\n";
-    try {
-        HTTP_PutFile(server(), "/qib/vum-qib-http-file-cgi.exe", true, content, "", "");
-        ADD_FAILURE() << "a body over the limit was stored";
-    } catch (const QIBError& e) {
-        EXPECT_EQ(e.Code(), -5);
-        EXPECT_EQ(e.What().rfind("Error: the request of ", 0), 0u) << e.What();
+    const std::string endpoint = "/qib/vum-qib-http-file-cgi.exe", crlf = "[a]\r\nk=1&2\r\n";
+    for (const bool text : {true, false}) {
+        std::string content = crlf;
+        HTTP_PutFile(server(), endpoint, text, content, "", "");
+        EXPECT_EQ(readFile(dir_.file("remote.ini")), text ? "[a]\nk=1&2\n" : crlf);
     }
-    EXPECT_EQ(readFile(dir_.file("remote.ini")), "[a]\r\nk=1&2\r\n");
+    std::string fetched;
+    HTTP_GetFile(server(), endpoint, false, fetched, "", "");
+    EXPECT_EQ(fetched, crlf);
+
+    std::string big = "[a]\nk=" + std::string(4100, 'x') + "\n";
+    const std::string error = thrown([&] { HTTP_PutFile(server(), endpoint, true, big, "", ""); });
+    EXPECT_EQ(error.rfind("Error: the request of ", 0), 0u) << error;
+    EXPECT_NE(error.find(", code -5, severity 0,"), std::string::npos) << error;
+    EXPECT_EQ(readFile(dir_.file("remote.ini")), crlf);
 }
 
 TEST_F(RemoteIniTest, PlainRefusalIsRetriedOverHttps) {

@@ -18,8 +18,7 @@
 
 namespace {
 
-using osl::test::readFile;
-using osl::test::writeFile;
+using osl::test::readFile, osl::test::writeFile;
 
 std::string u32(std::uint32_t v) { return {char(v & 0xFF), char(v >> 8 & 0xFF), char(v >> 16 & 0xFF), char(v >> 24)}; }
 std::string str(const std::string& s) { return u32(static_cast<std::uint32_t>(s.size())) + s; }
@@ -130,9 +129,7 @@ TEST_F(MapFileTest, LockedCatalogServesReadersWhileWritersLoad) {
     shared.Insert("key0", "text0");
     std::vector<std::thread> threads;
     for (int t = 0; t < 2; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 20; ++i) EXPECT_TRUE(shared.LoadMap(dir_.file("c.cat")));
-        });
+        threads.emplace_back([&] { for (int i = 0; i < 20; ++i) EXPECT_TRUE(shared.LoadMap(dir_.file("c.cat"))); });
         threads.emplace_back([&] {
             for (int i = 0; i < 500; ++i) {
                 const std::string text = shared["key199"];
@@ -147,21 +144,15 @@ TEST_F(MapFileTest, LockedCatalogServesReadersWhileWritersLoad) {
 
 TEST(FormatStringTest, FillsPlaceholdersByPosition) {
     FormatString f("A %1 B %2");
-    f << "x" << 5 << "extra";  // an argument past the last placeholder is dropped
-    EXPECT_EQ(f.Get(), "A x B 5");
-    (f = FormatString("%2 then %1 and %1")) << std::string("one") << 'c';
-    EXPECT_EQ(f.Get(), "c then one and %1");
-    (f = FormatString("only %2")) << "lost" << -7L;
-    EXPECT_EQ(f.Get(), "only -7");
+    EXPECT_EQ((f << "x" << 5 << "extra").Get(), "A x B 5");  // an argument past the last placeholder is dropped
+    EXPECT_EQ((FormatString("%2 then %1 and %1") << std::string("one") << 'c').Get(), "c then one and %1");
+    EXPECT_EQ((FormatString("only %2") << "lost" << -7L).Get(), "only -7");
     // The placeholder of the first argument matches the front of %10 when that comes first.
-    (f = FormatString("%10 %1")) << "a";
-    EXPECT_EQ(f.Get(), "a0 %1");
+    EXPECT_EQ((FormatString("%10 %1") << "a").Get(), "a0 %1");
     // Arguments go in unchanged: a placeholder inside one is filled by the next argument.
-    (f = FormatString("%1")) << "<%2>" << "in";
-    EXPECT_EQ(f.Get(), "<in>");
+    EXPECT_EQ((FormatString("%1") << "<%2>" << "in").Get(), "<in>");
     f.Assign("again %1");
-    f << static_cast<const char*>(nullptr);
-    EXPECT_EQ(f.Get(), "again ");
+    EXPECT_EQ((f << static_cast<const char*>(nullptr)).Get(), "again ");
 }
 
 TEST(FormatStringTest, CountsPlaceholdersUpToTheFirstGap) {
