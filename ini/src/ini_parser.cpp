@@ -185,7 +185,9 @@ void Ini::LoadAdd(const std::string& fileName, bool readOnly) {
     const std::unique_ptr<char[]> buffer(new char[kFileBuffer]);
     osl::detail::IniStream in;
     in.rdbuf()->pubsetbuf(buffer.get(), static_cast<std::streamsize>(kFileBuffer));
-    // A directory opens as a stream that reads nothing, which would pass for an empty file.
-    if (!Osl_Directory::exists(fileName)) in.open(fileName, std::ios::in | std::ios::binary);
+    in.open(fileName, std::ios::in | std::ios::binary);
+    // A directory opens as a stream that reads nothing, which would pass for an empty file; only
+    // a stream with nothing to read is worth the look.
+    if (in.is_open() && in.peek() == std::char_traits<char>::eof() && Osl_Directory::exists(fileName)) in.close();
     ReadDataFromIniFile(in);
 }
